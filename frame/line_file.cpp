@@ -1,0 +1,220 @@
+// Lines, bytes and positions on one open file.
+//
+// Kept: a last line without LF that ends exactly where a full block ended is dropped (read_line).
+// Kept: outch on a buffered file counts a flushed block twice (out).
+// Kept: a step back moves the cursor only; the character handed in is not written back (step_back).
+#include "frame/line_file.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+
+#include "frame/log.h"
+
+static_assert(sizeof(void*) != 4 || sizeof(VEL_FILE) == 40);
+
+VEL_FILE* NewVEL_FILE() {
+    vel::COwned<VEL_FILE> file(static_cast<VEL_FILE*>(std::calloc(1, sizeof(VEL_FILE))));
+    if (!file) return nullptr;
+    vel::COwned<uint8_t> buffer(static_cast<uint8_t*>(std::calloc(1, vel::kBlock)));
+    vel::COwned<char> line(static_cast<char*>(std::calloc(1, vel::kLineMax + 1)));
+    if (!buffer || !line) return nullptr;
+    file->fd = -1;
+    file->buf = buffer.release();
+    file->line = line.release();
+    return file.release();
+}
+
+void DelVEL_FILE(VEL_FILE** file) {
+    if (!file || !*file) return;
+    const vel::Descriptor closed_last((*file)->fd);
+    std::free((*file)->name);
+    std::free((*file)->line);
+    std::free((*file)->buf);
+    std::free(*file);
+    *file = nullptr;
+}
+
+namespace vel {
+
+ssize_t read_again(int fd, void* buffer, std::size_t length) {
+    ssize_t got = 0;
+    do got = ::read(fd, buffer, length);
+    while (got == -1 && errno == EINTR);
+    return got;
+}
+
+bool write_all(int fd, const void* data, std::size_t length) {
+    const char* from = static_cast<const char*>(data);
+    while (length > 0) {
+        const ssize_t put = ::write(fd, from, length);
+        if (put == -1 && errno == EINTR) continue;
+        if (put <= 0) return false;
+        from += put;
+        length -= static_cast<std::size_t>(put);
+    }
+    return true;
+}
+
+// Reads the next block. On failure the record stays as it was, so that a retry reads again.
+bool LineFile::fill(const char* message) {
+    ssize_t got = -1;
+    if (f_.pos > INT32_MAX - kBlock && f_.pos != INT32_MAX) {
+        got = read_again(f_.fd, f_.buf, static_cast<std::size_t>(INT32_MAX - f_.pos));
+    } else if (f_.pos == INT32_MAX) {
+        errno = EFBIG;
+    } else {
+        got = read_again(f_.fd, f_.buf, kBlock);
+    }
+    if (got < 0) {
+        log_text(kLogError, message);
+        return false;
+    }
+    f_.cur = f_.buf;
+    f_.cnt = static_cast<int32_t>(got);
+    return true;
+}
+
+LineResult LineFile::next(std::string_view& line) {
+    if (!f_.cur && !fill("ReadFile failed.")) return LineResult::error;
+    if (f_.cnt == 0 || at_end()) return LineResult::end;
+
+    std::size_t length = 0;
+    bool complete = false;
+    while (!complete && length < kLineMax && !at_end()) {
+        if (f_.cur == f_.buf + kBlock) {
+            if (!fill("getline: ReadFile failed.")) return LineResult::error;
+            if (f_.cnt == 0) return LineResult::end;  // Kept: the partial line is dropped.
+        }
+        const std::size_t there = static_cast<std::size_t>(f_.buf + f_.cnt - f_.cur);
+        std::size_t taken = std::min(there, kLineMax - length);
+        if (const void* feed = std::memchr(f_.cur, '\n', taken)) {
+            taken = static_cast<std::size_t>(static_cast<const uint8_t*>(feed) - f_.cur) + 1;
+            complete = true;
+        }
+        std::memcpy(f_.line + length, f_.cur, taken);
+        length += taken;
+        f_.cur += taken;
+        f_.pos += static_cast<int32_t>(taken);
+    }
+    f_.line[length] = '\0';
+    line = {f_.line, length};
+    return LineResult::line;
+}
+
+int LineFile::read_line(char** line) {
+    if (!line) return -1;
+    std::string_view text;
+    const LineResult result = next(text);
+    if (result == LineResult::line) *line = f_.line;
+    return static_cast<int>(result);
+}
+
+int LineFile::in() {
+    if (!f_.cur && !fill("inch: ReadFile failed.")) return -1;
+    if (f_.cur == f_.buf + kBlock && !fill("inch: ReadFile failed.")) return -1;
+    if (f_.cnt == 0 || f_.cur == f_.buf + f_.cnt) return -1;
+    ++f_.pos;
+    return *f_.cur++;
+}
+
+void LineFile::step_back() {
+    if (f_.pos == 0) return;
+    --f_.pos;
+    if (f_.cur && f_.cur > f_.buf) {
+        --f_.cur;
+        return;
+    }
+    ::lseek(f_.fd, -(static_cast<off_t>(f_.cnt) + 1), SEEK_CUR);
+    f_.cur = nullptr;
+    f_.cnt = 0;
+}
+
+// Positions are 31 bits: a write that would pass the last one fails.
+bool LineFile::would_overflow(std::size_t more) {
+    if (more <= static_cast<std::size_t>(INT32_MAX - f_.pos)) return false;
+    errno = EFBIG;
+    return true;
+}
+
+void LineFile::start_buffer() {
+    if (f_.cur) return;
+    f_.cur = f_.buf;
+    f_.cnt = kBlock;
+}
+
+bool LineFile::write_block(const uint8_t* block, const char* message) {
+    if (write_all(f_.fd, block, kBlock)) return true;
+    log_text(kLogError, message);
+    return false;
+}
+
+int LineFile::put(std::string_view text) {
+    constexpr const char* kFailed = "putline: WriteFile failed.";
+    if (would_overflow(text.size())) return -1;
+    if (!f_.buffered) {
+        if (!write_all(f_.fd, text.data(), text.size())) return -1;
+        f_.pos += static_cast<int32_t>(text.size());
+        return 1;
+    }
+    start_buffer();
+    if (const auto room = static_cast<std::size_t>(f_.cnt); text.size() >= room) {
+        std::memcpy(f_.cur, text.data(), room);
+        if (!write_block(f_.buf, kFailed)) return -1;
+        f_.pos = f_.flushpos = static_cast<int32_t>(::lseek(f_.fd, 0, SEEK_CUR));
+        f_.cur = f_.buf;
+        f_.cnt = kBlock;
+        text.remove_prefix(room);
+        for (; text.size() >= kBlock; text.remove_prefix(kBlock)) {
+            if (!write_block(reinterpret_cast<const uint8_t*>(text.data()), kFailed)) return -1;
+            f_.pos += kBlock;
+        }
+    }
+    std::memcpy(f_.cur, text.data(), text.size());
+    f_.cur += text.size();
+    f_.cnt -= static_cast<int32_t>(text.size());
+    f_.pos += static_cast<int32_t>(text.size());
+    return 1;
+}
+
+int LineFile::out(int character) {
+    const auto byte = static_cast<uint8_t>(character);
+    if (!f_.buffered) {
+        if (would_overflow(1) || !write_all(f_.fd, &byte, 1)) return -1;
+        ++f_.pos;
+        return 1;
+    }
+    start_buffer();
+    if (f_.cnt <= 0) {
+        if (would_overflow(kBlock + 1)) return -1;
+        if (!write_block(f_.buf, "outch: WriteFile failed.")) return -1;
+        f_.pos += kBlock;  // Kept: these bytes were counted one by one before.
+        f_.cur = f_.buf;
+        f_.cnt = kBlock;
+    } else if (would_overflow(1)) {
+        return -1;
+    }
+    *f_.cur++ = byte;
+    --f_.cnt;
+    ++f_.pos;
+    return 1;
+}
+
+int LineFile::set_position(int32_t position) {
+    f_.cur = nullptr;
+    f_.cnt = 0;
+    if (::lseek(f_.fd, position, SEEK_SET) == -1) {
+        log_text(kLogError, "setfpos: Internal file I/O error");
+        return -1;
+    }
+    return f_.pos = position;
+}
+
+bool LineFile::flush() {
+    if (f_.buffered != 1 || f_.mode != 1 || !f_.cur || f_.cur == f_.buf) return true;
+    return write_all(f_.fd, f_.buf, static_cast<std::size_t>(kBlock - f_.cnt));
+}
+
+}  // namespace vel

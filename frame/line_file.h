@@ -1,0 +1,66 @@
+// The line and byte operations on one open file, shared by the descriptor and the pointer calls.
+#ifndef VEL_FRAME_LINE_FILE_H
+#define VEL_FRAME_LINE_FILE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "frame/owned.h"
+#include "vel/frame.h"
+
+// Allocates a record without a file, or null.
+VEL_FILE* NewVEL_FILE();
+
+// Frees a record, without flushing, then closes its descriptor; nothing for a null record.
+void DelVEL_FILE(VEL_FILE** file);
+
+namespace vel {
+
+constexpr int kBlock = 4096;          // bytes moved by one read or buffered write
+constexpr std::size_t kLineMax = 1024;  // bytes handed out as one line
+
+enum class LineResult { error = -1, end = 0, line = 1 };
+
+// A view of a record; results are those of the exported calls.
+class LineFile {
+  public:
+    explicit LineFile(VEL_FILE* file) : f_(*file) {}
+
+    // Hands out the next line, in the record's own buffer, NUL-terminated behind its end.
+    LineResult next(std::string_view& line);
+
+    int read_line(char** line);
+    int put(std::string_view text);
+    int in();
+    void step_back();
+    int out(int character);
+    int set_position(int32_t position);
+    int position() const { return f_.pos; }
+
+    // Writes what a buffered file holds back; false when the write falls short.
+    bool flush();
+
+  private:
+    bool fill(const char* message);
+    bool at_end() const { return f_.cur == f_.buf + f_.cnt && f_.cnt < kBlock; }
+    bool write_block(const uint8_t* block, const char* message);
+    bool would_overflow(std::size_t more);
+    void start_buffer();
+
+    VEL_FILE& f_;
+};
+
+// A file opened by the pointer calls that is closed in the end.
+struct LineFileClosed {
+    void operator()(VEL_FILE* file) const { FileClose(file); }
+};
+using OpenFile = std::unique_ptr<VEL_FILE, LineFileClosed>;
+
+// Repeat what a signal interrupted; write_all also repeats what was cut short.
+ssize_t read_again(int fd, void* buffer, std::size_t length);
+bool write_all(int fd, const void* data, std::size_t length);
+
+}  // namespace vel
+
+#endif
