@@ -1,0 +1,35 @@
+// What the readers and the writers of dates share.
+#ifndef VEL_RFC822_DATE_H
+#define VEL_RFC822_DATE_H
+
+#include <cstddef>
+#include <cstdint>
+
+namespace vel {
+
+// UTCtime.flags
+constexpr int32_t kZoneGiven = 1;
+constexpr int32_t kSecondsGiven = 2;
+
+// The years that a date may have, written in full or as 80 to 99 and 0 to 37.
+constexpr int32_t kFirstYear = 1980;
+constexpr int32_t kLastYear = 2037;
+
+// The year that two digits stand for; any other number stands for itself.
+constexpr int32_t full_year(int32_t year) {
+    if (year >= kFirstYear - 1900 && year <= 99) return year + 1900;
+    if (year >= 0 && year <= kLastYear - 2000) return year + 2000;
+    return year;
+}
+
+constexpr bool is_known_year(int32_t year) { return year >= kFirstYear && year <= kLastYear; }
+
+// Bytes of a caller's buffer for a date's text, its NUL included.
+constexpr std::size_t kDateTextSize = 64;
+
+// The system's offset without daylight saving time, in seconds west of UTC.
+long seconds_west_of_utc();
+
+}  // namespace vel
+
+#endif

@@ -1,0 +1,139 @@
+// Reads a header block (RFC 822 section 3.1). Departures from the RFC:
+//  - a line is what the line reader hands out: each piece of a line of more than 1024 bytes counts as
+//    a line, and an end of line that comes as a piece of its own ends the block;
+//  - a line of white space continues its field, it does not end the block;
+//  - a field that is folded over more than 63 KB ends the block.
+#include "rfc822/header_block.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+#include "frame/ascii.h"
+#include "frame/at_boundary.h"
+#include "frame/critical_section.h"
+#include "frame/file_pool.h"
+#include "frame/line_file.h"
+#include "frame/log.h"
+#include "rfc822/header_field.h"
+#include "rfc822/parser_locks.h"
+
+namespace vel {
+namespace {
+
+constexpr char kLogName[] = "ParseHdr";
+
+// What stands between the lines of a folded field, and in the buffer with its NUL.
+constexpr std::string_view kFold = "\r\n\t";
+
+// A field's room is counted in units. The count grows by one a line at most, is kept from field to
+// field, and ends the block at its limit: that bounds what a block makes us hold. The buffer itself
+// grows as it must.
+constexpr std::size_t kUnit = 1024;
+constexpr std::size_t kUnitsLimit = 64;
+
+// The line without its line end. A NUL ends its text, as it does for every reader of lines.
+std::string_view text_of(std::string_view line) {
+    line = line.substr(0, line.find('\0'));
+    if (line.ends_with('\n')) line.remove_suffix(1);
+    if (line.ends_with('\r')) line.remove_suffix(1);
+    return line;
+}
+
+class BlockReader {
+  public:
+    BlockReader(VEL_FILE* file, addr822& header, int& lines, int& status_line)
+        : file_(file), record_(header), lines_(lines), status_line_(status_line) {
+        field_.reserve(kUnit + 1);
+    }
+
+    // Reads to the empty line, the end of the file or the limit. False when a line cannot be read.
+    bool read();
+
+  private:
+    enum class Next { line, nothing };
+
+    Next take(std::string_view text);
+    Next continue_field(std::string_view text);
+    void finish_field();
+    int store() { return field_.empty() ? static_cast<int>(header_code::none) : store_field(field_, record_); }
+
+    LineFile file_;
+    HeaderRecord record_;
+    int& lines_;
+    int& status_line_;
+    std::string field_;
+    std::size_t units_ = 1;
+};
+
+bool BlockReader::read() {
+    std::string_view line;
+    LineResult result;
+    while ((result = file_.next(line)) == LineResult::line) {
+        const Next next = take(text_of(line));
+        ++lines_;
+        if (next == Next::nothing) return true;
+    }
+    if (result == LineResult::error) return false;
+    store();
+    return true;
+}
+
+BlockReader::Next BlockReader::take(std::string_view text) {
+    if (!text.empty() && ascii::is_space(text.front())) return continue_field(text);
+    finish_field();
+    field_ = text;
+    return text.empty() ? Next::nothing : Next::line;
+}
+
+BlockReader::Next BlockReader::continue_field(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
+    if (field_.size() + text.size() + kFold.size() + 1 > units_ * kUnit && ++units_ == kUnitsLimit) {
+        log_line_as(kLogName, kLogError, "too many headers to parse.");
+        store();
+        return Next::nothing;
+    }
+    field_.append(kFold).append(text);
+    return Next::line;
+}
+
+// The lines counted so far are those up to the field's last.
+void BlockReader::finish_field() {
+    if (store() == header_code::status) status_line_ = lines_;
+}
+
+}  // namespace
+}  // namespace vel
+
+int ST_ParseHdr(int handle, addr822* header, int* lines, int* status_line) {
+    int unasked[2];
+    int& line_count = lines ? *lines : unasked[0];
+    int& status = status_line ? *status_line : unasked[1];
+    line_count = status = 0;
+    if (!header) return 0;
+
+    const char* failure = "malloc failed.";
+    const auto report = [&] { vel::log_line_as(vel::kLogName, vel::kLogError, "%s", failure); };
+    return vel::at_boundary(0, report, [&] {
+        VEL_FILE* file = vel::pooled_file(handle);
+        vel::BlockReader block(file, *header, line_count, status);
+        failure = "realloc failed.";
+        if (file && block.read()) return 1;
+        failure = "getline failed.";
+        report();
+        return 0;
+    });
+}
+
+extern "C" {
+
+int VEL_ParseHdr(int handle, addr822* header, int* lines, int* status_line) {
+    const vel::CriticalSectionHeld held(csParseHdr);
+    return ST_ParseHdr(handle, header, lines, status_line);
+}
+
+int ParseHdr(int handle, addr822* header, int* lines, int* status_line) {
+    return VEL_ParseHdr(handle, header, lines, status_line);
+}
+
+}  // extern "C"
