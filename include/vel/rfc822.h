@@ -56,12 +56,47 @@ typedef struct UTCtime {
     int32_t flags; /* 1: a zone was given; 2: seconds were given */
 } UTCtime;
 
+/* Reads a date: [weekday ","] day month year [hour [":" minute [":" second]]] [zone] (RFC 822
+   section 5.1). Months are "Jan" to "Dec" in this case, longer names count by their first three
+   letters; years are 1980 to 2037, 80 to 99 and 0 to 37 standing for 19.. and 20..; the zone is read
+   as getzone does. The weekday is not compared with the date.
+     text  null gives 0
+     time  receives a malloc'ed record that the caller frees; null when the result is 0
+   Returns 1; 0 for a text that is no such date and without memory. Logs nothing. Any thread. */
 VEL_API int rfc2UTC(const char* text, UTCtime** time);
-VEL_API int UTC2rfc(UTCtime* time, char* output);
-VEL_API int makewkday(const UTCtime* time);
-VEL_API int GetZoneInt(const char* text);
-VEL_API void getzone(const char* text, UTCtime* time);
+
+/* The same for ctime's layout: [weekday] month day hour ":" minute ":" second [zone name] year. An
+   offset of 0, given or not, is replaced by the system's offset without daylight saving time, with
+   the zone's flag set (a kept oddity). */
 VEL_API int ctime2UTC(const char* text, UTCtime** time);
+
+/* Writes a date: "Mon, 1 Feb 1999 10:20:30 -0500", the seconds and the zone as the flags say, without
+   a zone "+0000". The weekday is computed.
+     time    a year of 0 to 37 or 80 to 99 is completed in the record, and logged: "Received year
+             value %i.  Changing it to %i."
+     output  64 bytes; empty when the result is 0; longer text is cut
+   Returns 1; 0 for a null record or output, a month outside 1 to 12, and any other year outside 1980
+   to 2037, which is logged: "Received invalid year value %i.  Use current year instead." (none is
+   used). Both lines come from "ParseDate" at level 6. */
+VEL_API int UTC2rfc(UTCtime* time, char* output);
+
+/* Returns the weekday of a record's date, 0 (Saturday) to 6 (Friday); -1 for a null record. */
+VEL_API int makewkday(const UTCtime* time);
+
+/* Reads a zone: "+" or "-" with hhmm (four characters, taken for digits unchecked), or a name of RFC
+   822 section 5.1 or one of some others, in capitals. White space before it is skipped.
+   Returns minutes east of UTC; -1 when the text is no zone, and for "-0001". The minutes of a name
+   west of UTC count eastward: HST (-1030) gives -570 (a kept oddity). */
+VEL_API int GetZoneInt(const char* text);
+
+/* The same, stored into the record with flag 1 set; zone 0 without the flag when the text is no zone.
+   Nothing for a null text or record. */
+VEL_API void getzone(const char* text, UTCtime* time);
+
+/* Writes a calendar time in the system's local time: "Mon, 1 Feb 1999 10:20:30 -0500". Daylight
+   saving time counts as one hour.
+     output  64 bytes; empty when the result is -1
+   Returns 0; -1 for a null output and for a time that ctime cannot write. */
 VEL_API int time_t2rfc822date(time_t time, char* output);
 
 /* ---- Header blocks --------------------------------------------------------------------------- */
@@ -75,13 +110,14 @@ typedef struct addrlist822 {
 
 /* The Date or Resent-Date field of a block, whichever came first. */
 typedef struct date822 {
-    UTCtime* time;
+    UTCtime* time;           /* the current time for a field that is no date; null when that has none */
     int32_t has_date;        /* a Date field stood in the block */
     int32_t has_resent_date; /* a Resent-Date field stood in the block */
 } date822;
 
 /* One header block. Address lists gather every occurrence of their field; texts and the date keep
-   the first. Null where the field is absent. Made by New822Header, released by Free822Header. */
+   the first. Null where the field is absent. The lines of a folded text are parted by CR LF TAB, in
+   the sender's by a blank. Made by New822Header, released by Free822Header. */
 typedef struct addr822 {
     addrlist822* to;
     addrlist822* resent_to;
@@ -108,17 +144,57 @@ typedef struct addr822 {
     char* content_id;
     char* content_description;
     ms* received; /* values, in order */
-    ms* other;    /* "Keyword: value", in order */
+    ms* other;    /* "Keyword: value", in order; of the name only the first letter is a capital */
     date822* date;
 } addr822;
 
+/* Returns an empty record, or null without memory. */
 VEL_API addr822* New822Header(void);
+
+/* Releases a record with all that it holds; nothing for null. */
 VEL_API void Free822Header(addr822* header);
+
+/* Reads a header block from a file's position on, up to and including its empty line, or to the end
+   of the file (RFC 822 section 3). Continuation lines are joined; each field is stored as ParseLine
+   does.
+     handle       a descriptor of the pool
+     header       fields are added to what stands in it; null gives 0
+     lines        receives the number of lines read, the empty one included; may be null
+     status_line  receives the number of the last line of a Status field that another line follows,
+                  else 0; may be null
+   Returns 1; 0 with "getline failed." (the handle is unknown or a read failed), "malloc failed." or
+   "realloc failed.": what was read before is stored. A field folded over more than 63 KB ends the
+   block, with result 1 and "too many headers to parse."; the line that was too much is read. All are
+   logged by "ParseHdr" at level 1. A line of more than 1024 bytes comes in pieces, each of which
+   counts as a line. Any thread; one block at a time is parsed, under the header parser's lock. */
 VEL_API int ParseHdr(int handle, addr822* header, int* lines, int* status_line);
-VEL_API int VEL_ParseHdr(int handle, addr822* header, int* lines, int* status_line);
+VEL_API int VEL_ParseHdr(int handle, addr822* header, int* lines, int* status_line); /* the same */
+
+/* Stores one field.
+     field   "Name: value", without its line end; lines that continue it may stand in it. It is not
+             changed
+     header  receives the value
+   An unknown field goes to the other lines. "From " begins a mailbox's separator line.
+   Returns the field's code, 1 to 29; -1 for a line that is no field, which is not stored, for null,
+   and without memory ("malloc failed.", by "ParseLine" at level 1). Takes no lock of the header
+   parser: a record is for one thread at a time. */
 VEL_API int ParseLine(const char* field, addr822* header);
+
+/* Skips a message's body in a mailbox file. Lines of more than 1023 characters come in pieces, each
+   of which counts as a line.
+     stream    stands in the body; is left at the next message's separator line, or at the end
+     position  receives that offset, -1 where the stream has none; may be null
+     lines     the number of the body's lines is added to it; may be null
+   Returns 1 when another message follows, -1 at the end of the file and for a null stream. Logs
+   nothing. */
 VEL_API int ParseBody(FILE* stream, long* position, int* lines);
+
+/* Tells whether a line begins a message in a mailbox file: "From ", a text with two colons, and a
+   year at its end. Returns 1 or 0. */
 VEL_API int isNextMsgHeader(const char* line);
+
+/* Creates the locks of the header parser and of the address parser, and deletes them. Start-up and
+   shut-down call them; a second call of either does nothing. One thread. */
 VEL_API void Init822Parser(void);
 VEL_API void Terminate822Parser(void);
 
