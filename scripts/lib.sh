@@ -18,11 +18,14 @@ quietly() {
     return "$status"
 }
 
+# What configuring is told, and what builds and tests are run under.
+configure_options=()
+launcher=()
+
 # build PRESET [TARGET...]
 build() {
     local preset=$1
     shift
     quietly "out/$preset/configure.log" cmake --preset "$preset" "${configure_options[@]}"
-    quietly "out/$preset/build.log" cmake --build --preset "$preset" ${1:+--target "$@"}
+    quietly "out/$preset/build.log" "${launcher[@]}" cmake --build --preset "$preset" ${1:+--target "$@"}
 }
-configure_options=()
