@@ -1,0 +1,38 @@
+// Finds uuencoded and BinHex files inside the lines of a text body.
+#ifndef VEL_MIME_EMBEDDED_SCAN_H
+#define VEL_MIME_EMBEDDED_SCAN_H
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace vel {
+
+constexpr std::string_view kBinhexBanner = "(This file must be converted with binhex 4.0)";
+
+enum class EmbeddedKind { uuencode, binhex };
+
+// One embedded file, from its first line to behind its last.
+struct EmbeddedFile {
+    EmbeddedKind kind;
+    uint32_t start;
+    uint32_t end;
+};
+
+// The rules for the bodies of MIME messages. Those for flat messages differ and stand with the flat
+// parser.
+class EmbeddedScan {
+  public:
+    // Takes the next line, which stands at [start, end) in the file; answers the file that it ends.
+    std::optional<EmbeddedFile> line(std::string_view text, uint32_t start, uint32_t end);
+
+  private:
+    enum class State { text, in_uuencode, before_binhex_data, in_binhex_data };
+
+    State state_ = State::text;
+    uint32_t start_ = 0;
+};
+
+}  // namespace vel
+
+#endif
