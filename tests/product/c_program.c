@@ -68,7 +68,7 @@ int main(void) {
     handle = filecreate(path, 0, 1);
     check(handle >= 0 && putline(handle, message) == 1 && fileclose(handle) == 1, "writing the message");
 
-    check(MimeParseMessage(path, 1, &pool) == 0, "MimeParseMessage");
+    check(MimeParseMessage(path, 1, &pool) == 3, "MimeParseMessage");
     check(MimeGetNumberOfMessage(pool) == 3, "three entities");
     MimeGetNumLeafBodyParts(MimeGetMsg(pool, 0), &leaves);
     MimeGetNumMultipartHeaders(MimeGetMsg(pool, 0), &multiparts);

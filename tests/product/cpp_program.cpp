@@ -59,7 +59,7 @@ int main() {
         "Hello,\r\n"
         "mail!\r\n");
     mime_msg_pool* parsed = nullptr;
-    check(MimeParseMessage(message.get(), 0, &parsed) == 0, "MimeParseMessage");
+    check(MimeParseMessage(message.get(), 0, &parsed) == 1, "MimeParseMessage");
     const std::unique_ptr<mime_msg_pool, FreeMessage> pool(parsed);
     check(MimeGetNumberOfMessage(pool.get()) == 1, "one entity");
     const File body(MimeGetBody(MimeGetMsg(pool.get(), 0), 0, -1));
