@@ -2,7 +2,9 @@
    names.
 
    An entry lives from CreateMQEntry until exactly one of CloseMQEntry or DiscardMQEntry, which also
-   end its context. Truth is returned as a byte: non-zero for success. */
+   end its context. Truth is returned as a byte: non-zero for success.
+
+   The local library takes no messages yet: each call fails and says so in the log at level 1. */
 #ifndef VEL_PLATFORM_QUEUE_H
 #define VEL_PLATFORM_QUEUE_H
 
@@ -20,7 +22,7 @@ struct stEnvelope;
 
 /* Connects to the queue. May be called again.
      host    the directory server's host name
-     module  the calling module's name, for the log
+     module  the calling module's name
    Returns non-zero on success. */
 VEL_API unsigned char MQInit(const char* host, const char* module);
 

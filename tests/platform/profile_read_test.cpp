@@ -1,0 +1,185 @@
+#include <sys/stat.h>
+#include <sys/time.h>
+
+#include <cerrno>
+#include <thread>
+
+#include "tests/platform/scratch.h"
+
+namespace vel::test {
+namespace {
+
+struct ProfileRead : Scratch {};
+
+TEST_F(ProfileRead, understands_the_syntax) {
+    struct Row {
+        const char* name;
+        std::string text;
+        const char* section;
+        const char* key;
+        const char* value;
+    };
+    const Row rows[] = {
+        {"plain", "[A]\nk=v\n", "A", "k", "v"},
+        {"section in any case", "[GateWay]\nk=v\n", "gATEwAY", "k", "v"},
+        {"section that begins alike", "[AB]\nk=v\n", "A", "k", "-"},
+        {"key in its own case only", "[A]\nbounce=1\nBounce=2\n", "A", "Bounce", "2"},
+        {"first of two keys", "[A]\nk=1\nk=2\n", "A", "k", "1"},
+        {"a section in two pieces", "[A]\nx=1\n[B]\nk=0\n[a]\nk=2\nx=3\n", "A", "k", "2"},
+        {"first of two pieces", "[A]\nx=1\n[B]\n[a]\nx=3\n", "A", "x", "1"},
+        {"blanks around all", " \t[ A ] junk\n \t k \t = \t v w \t\n", "A", "k", "v w"},
+        {"CR LF", "[A]\r\nk=v\r\nl=w\r\n", "A", "k", "v"},
+        {"no last line end", "[A]\nk=v", "A", "k", "v"},
+        {"quotes", "[A]\nk = \" v \" \n", "A", "k", " v "},
+        {"one pair of quotes", "[A]\nk=\"\"v\"\"\n", "A", "k", "\"v\""},
+        {"quotes around nothing", "[A]\nk=\"\"\n", "A", "k", ""},
+        {"one quote is no pair", "[A]\nk=\"\n", "A", "k", "\""},
+        {"quote at one end", "[A]\nk=\"v\n", "A", "k", "\"v"},
+        {"single quotes stay", "[A]\nk='v'\n", "A", "k", "'v'"},
+        {"empty value", "[A]\nk=\nl=w\n", "A", "k", ""},
+        {"blank value", "[A]\nk= \t \r\n", "A", "k", ""},
+        {"second equals sign", "[A]\nk=a=b\n", "A", "k", "a=b"},
+        {"comments", "[A]\n;k=1\n #k=2\n; [B]\nk=3\n", "A", "k", "3"},
+        {"nothing behind a value is a comment", "[A]\nk=v ; w # x\n", "A", "k", "v ; w # x"},
+        {"line without equals sign", "[A]\nk\nk=v\n", "A", "k", "v"},
+        {"before any section", "k=v\n[A]\n", "", "k", "-"},
+        {"section without a name", "[]\nk=v\n", "", "k", "-"},
+        {"empty key", "[A]\n=v\n", "A", "k", "-"},
+        {"broken section ends the one before", "[A]\n[B\nk=v\n", "A", "k", "-"},
+        {"broken section has no name", "[A]\n[B\nk=v\n", "B", "k", "-"},
+        {"byte order mark", "\xEF\xBB\xBF[A]\nk=v\n", "A", "k", "v"},
+        {"bytes above 127", "[\xC4]\nk=\xE4\xFF\n", "\xC4", "k", "\xE4\xFF"},
+        {"no other case of bytes above 127", "[\xC4]\nk=v\n", "\xE4", "k", "-"},
+        {"a value ends at its NUL", std::string("[A]\nk=v\0w\n", 10), "A", "k", "v"},
+        {"NULs all over", std::string("[A\0]\nk\0=v\n", 11), "A", "k", "-"},
+        {"carriage return inside", "[A]\nk=v\rw\n", "A", "k", "v\rw"},
+        {"empty file", "", "A", "k", "-"},
+        {"long line", "[A]\n" + std::string(200'000, 'x') + "\nk=v\n", "A", "k", "v"},
+    };
+    for (const Row& row : rows) {
+        configure(row.text);
+        EXPECT_EQ(setting(row.section, row.key), row.value) << row.name;
+    }
+}
+
+TEST_F(ProfileRead, fills_the_buffer_and_no_more) {
+    configure("[A]\nk=abcdef\ne=\n");
+    for (const auto& [size, value] : {std::pair{8, "abcdef"}, {7, "abcdef"}, {6, "abcde"}, {2, "a"}, {1, ""}}) {
+        EXPECT_EQ(setting("A", "k", "ostra.ini", size), value) << size;
+    }
+    char buffer[4] = "xyz";
+    EXPECT_EQ(GetPrivateProfileString("A", "k", "d", buffer, 0, "ostra.ini"), 0);
+    EXPECT_EQ(GetPrivateProfileString("A", "k", "d", buffer, -1, "ostra.ini"), 0);
+    EXPECT_EQ(GetPrivateProfileString("A", "k", "d", nullptr, 4, "ostra.ini"), 0);
+    EXPECT_STREQ(buffer, "xyz");
+    EXPECT_EQ(GetPrivateProfileString("A", "none", "fallback", buffer, 4, "ostra.ini"), 3);
+    EXPECT_STREQ(buffer, "fal");
+    EXPECT_EQ(GetPrivateProfileString("A", "none", buffer + 1, buffer, 4, "ostra.ini"), 2) << "overlapping";
+    EXPECT_STREQ(buffer, "al");
+    EXPECT_EQ(GetPrivateProfileString("A", "none", nullptr, buffer, 4, "ostra.ini"), 0);
+    EXPECT_STREQ(buffer, "");
+    for (const auto& [section, key, file] :
+         {std::array<const char*, 3>{nullptr, "k", "ostra.ini"}, {"A", nullptr, "ostra.ini"}, {"A", "k", nullptr}}) {
+        EXPECT_EQ(setting(section, key, file), "-");
+    }
+}
+
+TEST_F(ProfileRead, finds_the_file) {
+    configure("[A]\nk=bare\n");
+    const auto other = write("other.ini", "[A]\nk=path\n");
+    EXPECT_EQ(setting("A", "k"), "bare");
+    EXPECT_EQ(setting("A", "k", other.c_str()), "path");
+    EXPECT_EQ(setting("A", "k", "other.ini"), "path");
+    EXPECT_EQ(setting("A", "k", ""), "-");
+    ::setenv("OSTRA_CONFIG_DIR", "", 1);
+    EXPECT_EQ(setting("A", "k", "other.ini"), "-") << "an empty variable is none";
+    ::setenv("OSTRA_CONFIG_DIR", std::string(5000, 'd').c_str(), 1);
+    EXPECT_EQ(setting("A", "k"), "-");
+    EXPECT_EQ(setting("A", "k", (std::string(4094, '/') + "x").c_str()), "-");
+}
+
+TEST_F(ProfileRead, a_file_that_cannot_be_read_holds_nothing) {
+    std::filesystem::create_directory(path("directory"));
+    ASSERT_EQ(::mkfifo(path("pipe").c_str(), 0600), 0);
+    std::filesystem::create_symlink("nowhere", path("dangling"));
+    std::filesystem::create_symlink("loop", path("loop"));
+    write("huge", "[A]\nk=v\n");
+    std::filesystem::resize_file(path("huge"), uint64_t{5} << 30);
+    write("big", "[A]\nk=v\n" + std::string(4 * 1024 * 1024 - 7, '\n'));
+    for (const char* name : {"missing", "directory", "pipe", "dangling", "loop", "huge", "big", "pipe/below"}) {
+        errno = E2BIG;
+        EXPECT_EQ(setting("A", "k", name), "-") << name;
+        EXPECT_EQ(setting("A", "k", path(name).c_str()), "-") << name;
+        EXPECT_EQ(errno, E2BIG) << name;
+    }
+    EXPECT_EQ(setting("A", "k", "/dev/zero"), "-");
+    std::filesystem::resize_file(path("big"), 4 * 1024 * 1024);
+    EXPECT_EQ(setting("A", "k", "big"), "v");
+}
+
+TEST_F(ProfileRead, time_grows_with_the_size_alone) {
+    std::string text;
+    for (int i = 0; text.size() < 3'900'000; ++i) text += "[s" + std::to_string(i) + "]\nk=" + std::to_string(i) + "\n";
+    configure(text);
+    EXPECT_EQ(setting("S200000", "k"), "200000");
+    configure(std::string(4'000'000, '['));
+    EXPECT_EQ(setting("A", "k"), "-");
+}
+
+// In place, same size, within one step of the file system's clock, and with the old time put back.
+TEST_F(ProfileRead, sees_every_edit_at_once) {
+    for (int i = 0; i < 2000; ++i) {
+        const std::string value = std::to_string(1000 + i);
+        configure("[A]\nk=" + value + "\n");
+        ASSERT_EQ(setting("A", "k"), value);
+        ASSERT_EQ(setting("A", "k"), value);
+    }
+    const timeval long_ago[2] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
+    for (const char* value : {"1", "2", "3"}) {
+        configure(std::string("[A]\nk=") + value);
+        ASSERT_EQ(::utimes(path("ostra.ini").c_str(), long_ago), 0);
+        EXPECT_EQ(setting("A", "k"), value);
+    }
+    std::filesystem::remove(path("ostra.ini"));
+    EXPECT_EQ(setting("A", "k"), "-");
+    configure("[A]\nk=back\n");
+    EXPECT_EQ(setting("A", "k"), "back");
+}
+
+TEST_F(ProfileRead, keeps_more_files_apart_than_it_remembers) {
+    for (int round = 0; round < 2; ++round) {
+        for (int i = 0; i < 20; ++i) {
+            const std::string name = "f" + std::to_string(i);
+            if (round == 0) write(name, "[A]\nk=" + name + "\n");
+            EXPECT_EQ(setting("A", "k", name.c_str()), name);
+        }
+    }
+}
+
+TEST_F(ProfileRead, looks_at_the_threads_overlay_first) {
+    configure("[A]\nk=file\n");
+    EXPECT_EQ(ProfileOverlaySet("a", "k", " \"laid\" "), 1);
+    EXPECT_EQ(ProfileOverlaySet("A", "K", "other key"), 1);
+    EXPECT_EQ(setting("A", "k"), " \"laid\" ");
+    EXPECT_EQ(setting("A", "k", "missing"), " \"laid\" ");
+    EXPECT_EQ(setting("A", "k", nullptr), "-");
+    EXPECT_EQ(setting("A", "k", "ostra.ini", 4), " \"l");
+    std::thread([] {
+        EXPECT_EQ(setting("A", "k"), "file");
+        ProfileOverlaySet("A", "k", "the thread's own");
+        EXPECT_EQ(setting("A", "k"), "the thread's own");
+    }).join();
+    ProfileOverlaySet("A", "k", "");
+    EXPECT_EQ(setting("A", "k"), "");
+    EXPECT_EQ(ProfileOverlaySet("A", "k", nullptr), 1);
+    EXPECT_EQ(setting("A", "k"), "file");
+    EXPECT_EQ(setting("A", "K"), "other key");
+    ProfileOverlayClear();
+    EXPECT_EQ(setting("A", "K"), "-");
+    EXPECT_EQ(ProfileOverlaySet("A", "K", nullptr), 1) << "nothing to take away";
+    EXPECT_EQ(ProfileOverlaySet(nullptr, "k", "v"), 0);
+    EXPECT_EQ(ProfileOverlaySet("A", nullptr, "v"), 0);
+}
+
+}  // namespace
+}  // namespace vel::test
