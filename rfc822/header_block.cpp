@@ -115,10 +115,11 @@ int ST_ParseHdr(int handle, addr822* header, int* lines, int* status_line) {
     const char* failure = "malloc failed.";
     const auto report = [&] { vel::log_line_as(vel::kLogName, vel::kLogError, "%s", failure); };
     return vel::at_boundary(0, report, [&] {
-        VEL_FILE* file = vel::pooled_file(handle);
-        vel::BlockReader block(file, *header, line_count, status);
-        failure = "realloc failed.";
-        if (file && block.read()) return 1;
+        if (VEL_FILE* file = vel::pooled_file(handle)) {
+            vel::BlockReader block(file, *header, line_count, status);
+            failure = "realloc failed.";
+            if (block.read()) return 1;
+        }
         failure = "getline failed.";
         report();
         return 0;

@@ -2,48 +2,46 @@
 
 #include <time.h>
 
-#include <array>
-
 namespace vel {
 namespace {
 
-// Where a code's value goes; null for a code that has another kind of place.
-template <class T>
-using Places = std::array<T addr822::*, header_code::last + 1>;
+// Where the values of a code gather; null for a code that has another kind of place.
+addrlist822** address_list(addr822& record, int32_t code) {
+    switch (code) {
+        case header_code::to: return &record.to;
+        case header_code::resent_to: return &record.resent_to;
+        case header_code::cc: return &record.cc;
+        case header_code::resent_cc: return &record.resent_cc;
+        case header_code::bcc: return &record.bcc;
+        case header_code::resent_bcc: return &record.resent_bcc;
+        case header_code::from: return &record.from;
+        case header_code::resent_from: return &record.resent_from;
+        case header_code::reply_to: return &record.reply_to;
+        case header_code::return_receipt_to: return &record.return_receipt_to;
+        default: return nullptr;
+    }
+}
 
-constexpr Places<addrlist822*> kAddressLists = [] {
-    Places<addrlist822*> places{};
-    places[header_code::to] = &addr822::to;
-    places[header_code::resent_to] = &addr822::resent_to;
-    places[header_code::cc] = &addr822::cc;
-    places[header_code::resent_cc] = &addr822::resent_cc;
-    places[header_code::bcc] = &addr822::bcc;
-    places[header_code::resent_bcc] = &addr822::resent_bcc;
-    places[header_code::from] = &addr822::from;
-    places[header_code::resent_from] = &addr822::resent_from;
-    places[header_code::reply_to] = &addr822::reply_to;
-    places[header_code::return_receipt_to] = &addr822::return_receipt_to;
-    return places;
-}();
-
-constexpr Places<char*> kTexts = [] {
-    Places<char*> places{};
-    places[header_code::subject] = &addr822::subject;
-    places[header_code::sender] = &addr822::sender;
-    places[header_code::message_id] = &addr822::message_id;
-    places[header_code::resent_message_id] = &addr822::resent_message_id;
-    places[header_code::in_reply_to] = &addr822::in_reply_to;
-    places[header_code::references] = &addr822::references;
-    places[header_code::return_path] = &addr822::return_path;
-    places[header_code::status] = &addr822::status;
-    places[header_code::separator] = &addr822::separator;
-    places[header_code::mime_version] = &addr822::mime_version;
-    places[header_code::content_type] = &addr822::content_type;
-    places[header_code::content_transfer_encoding] = &addr822::content_transfer_encoding;
-    places[header_code::content_id] = &addr822::content_id;
-    places[header_code::content_description] = &addr822::content_description;
-    return places;
-}();
+// The same for a code whose first value is kept as a text.
+char** text_place(addr822& record, int32_t code) {
+    switch (code) {
+        case header_code::subject: return &record.subject;
+        case header_code::sender: return &record.sender;
+        case header_code::message_id: return &record.message_id;
+        case header_code::resent_message_id: return &record.resent_message_id;
+        case header_code::in_reply_to: return &record.in_reply_to;
+        case header_code::references: return &record.references;
+        case header_code::return_path: return &record.return_path;
+        case header_code::status: return &record.status;
+        case header_code::separator: return &record.separator;
+        case header_code::mime_version: return &record.mime_version;
+        case header_code::content_type: return &record.content_type;
+        case header_code::content_transfer_encoding: return &record.content_transfer_encoding;
+        case header_code::content_id: return &record.content_id;
+        case header_code::content_description: return &record.content_description;
+        default: return nullptr;
+    }
+}
 
 ChainTail& tail_of(std::optional<ChainTail>& tail, ms*& chain) {
     if (!tail) tail.emplace(chain);
@@ -62,12 +60,10 @@ UTCtime* current_time() {
 }  // namespace
 
 void HeaderRecord::store(int32_t code, COwned<char> value) {
-    const auto place = static_cast<std::size_t>(code);
-    if (kAddressLists[place]) {
-        add_addresses(record_.*kAddressLists[place], value.get());
-    } else if (kTexts[place]) {
-        char*& text = record_.*kTexts[place];
-        if (!text) text = value.release();
+    if (addrlist822** list = address_list(record_, code)) {
+        add_addresses(*list, value.get());
+    } else if (char** text = text_place(record_, code)) {
+        if (!*text) *text = value.release();
     } else if (code == header_code::date || code == header_code::resent_date) {
         keep_date(code, value.get());
     } else if (code == header_code::received) {
@@ -110,11 +106,9 @@ addr822* New822Header(void) { return static_cast<addr822*>(std::calloc(1, sizeof
 
 void Free822Header(addr822* header) {
     if (!header) return;
-    for (const auto list : vel::kAddressLists) {
-        if (list) _free_a_l(header->*list);
-    }
-    for (const auto text : vel::kTexts) {
-        if (text) std::free(header->*text);
+    for (int32_t code = 1; code <= vel::header_code::last; ++code) {
+        if (addrlist822** list = vel::address_list(*header, code)) _free_a_l(*list);
+        if (char** text = vel::text_place(*header, code)) std::free(*text);
     }
     freeStringChain(header->received);
     freeStringChain(header->other);
