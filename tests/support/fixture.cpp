@@ -23,8 +23,11 @@ const int kZoneIsFixed = [] {
     return 0;
 }();
 
+// Asked once: start-up sets TMP to a test's own directory.
+const std::filesystem::path kTemporaryRoot = std::filesystem::temp_directory_path();
+
 std::filesystem::path make_directory() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "vel-test-XXXXXX").string();
+    std::string pattern = (kTemporaryRoot / "vel-test-XXXXXX").string();
     if (!::mkdtemp(pattern.data())) throw std::runtime_error("no temporary directory");
     return pattern;
 }

@@ -1,0 +1,347 @@
+// Lines, bytes and positions, through both sets of calls.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string>
+
+#include "frame/file_pool.h"
+#include "frame/line_file.h"
+#include "tests/support/fixture.h"
+
+namespace vel::test {
+namespace {
+
+using testing::ElementsAre;
+
+// The two ways to name an open file, so that each case runs with both.
+struct DescriptorCalls {
+    int handle;
+    static DescriptorCalls open(const std::string& path) { return {fileopen(path.c_str(), 1, 0)}; }
+    static DescriptorCalls create(const std::string& path) { return {filecreate(path.c_str(), 2, 0)}; }
+    bool is_open() const { return handle != -1; }
+    int line(char** text) const { return ::getline(handle, text); }
+    int put(const char* text) const { return putline(handle, text); }
+    int in() const { return inch(handle); }
+    int back() const { return uninch('x', handle); }
+    int out(char c) const { return outch(c, handle); }
+    int seek(int32_t position) const { return setfpos(handle, position); }
+    int tell() const { return getfpos(handle); }
+    int close() const { return fileclose(handle); }
+};
+
+struct PointerCalls {
+    VEL_FILE* file;
+    static PointerCalls open(const std::string& path) { return {FileOpen(path.c_str(), 1)}; }
+    static PointerCalls create(const std::string& path) { return {FileCreate(path.c_str())}; }
+    bool is_open() const { return file != nullptr; }
+    int line(char** text) const { return GetLine(file, text); }
+    int put(const char* text) const { return PutLine(file, text); }
+    int in() const { return InCh(file); }
+    int back() const { return UninCh(file, 'x'); }
+    int out(char c) const { return OutCh(file, c); }
+    int seek(int32_t position) const { return SetFilePos(file, position); }
+    int tell() const { return GetFilePos(file); }
+    int close() const { return FileClose(file); }
+};
+
+template <class Calls>
+class LineFileTest : public VelTest {
+  protected:
+    // All lines of a content from a position on.
+    std::vector<std::string> lines(std::string_view text, int32_t from = 0) {
+        const Calls calls = Calls::open(file("lines", text));
+        EXPECT_TRUE(calls.is_open());
+        if (from) calls.seek(from);
+        std::vector<std::string> result;
+        char* line = nullptr;
+        int outcome = 0;
+        while ((outcome = calls.line(&line)) == 1) result.emplace_back(line);
+        EXPECT_EQ(outcome, 0);
+        EXPECT_EQ(calls.tell(), static_cast<int>(text.size()));
+        EXPECT_EQ(calls.line(&line), 0) << "the end stays the end";
+        EXPECT_EQ(calls.close(), 1);
+        return result;
+    }
+};
+
+using BothSets = testing::Types<DescriptorCalls, PointerCalls>;
+TYPED_TEST_SUITE(LineFileTest, BothSets);
+
+TYPED_TEST(LineFileTest, hands_out_lines_with_their_ends) {
+    EXPECT_THAT(this->lines(""), ElementsAre());
+    EXPECT_THAT(this->lines("a\r\nb\n\n\rc\n"), ElementsAre("a\r\n", "b\n", "\n", "\rc\n"));
+    EXPECT_THAT(this->lines("no end"), ElementsAre("no end"));
+    EXPECT_THAT(this->lines("skipped\nread\n", 8), ElementsAre("read\n"));
+    EXPECT_THAT(this->lines(std::string(1029, 'x') + "\n"),
+                ElementsAre(std::string(1024, 'x'), std::string(5, 'x') + "\n"));
+    EXPECT_THAT(this->lines(std::string(1023, 'x') + "\n!"), ElementsAre(std::string(1023, 'x') + "\n", "!"));
+}
+
+TYPED_TEST(LineFileTest, lines_span_blocks) {
+    std::string text;
+    std::vector<std::string> expected;
+    for (int i = 0; i < 3000; ++i) expected.push_back(std::string(static_cast<std::size_t>(i % 1500 % 1024), 'a') + "\n");
+    for (const std::string& line : expected) text += line;
+    EXPECT_EQ(this->lines(text), expected);
+}
+
+// A partial last line that ends where a block ended is dropped, blocks being counted from the last
+// positioning; a piece of 1024 bytes that ends there is not.
+TYPED_TEST(LineFileTest, kept_partial_last_line_at_a_block_end_is_dropped) {
+    const std::string first(4000, 'a');
+    const std::string block = first + "\n" + std::string(95, 'b');
+    ASSERT_EQ(block.size(), 4096u);
+    EXPECT_EQ(this->lines(block).size(), 4u) << "the line of a in pieces, no b";
+    EXPECT_EQ(this->lines(block + "c").back(), std::string(95, 'b') + "c");
+    EXPECT_EQ(this->lines("\n" + block, 1).size(), 4u);
+    EXPECT_EQ(this->lines("\n" + block).back(), std::string(95, 'b'));
+    EXPECT_EQ(this->lines(std::string(4096, 'x')).size(), 4u);
+}
+
+TYPED_TEST(LineFileTest, reads_and_steps_back_by_bytes) {
+    const std::string text = std::string(4095, 'a') + "bc\xFF";
+    const TypeParam calls = TypeParam::open(this->file("bytes", text));
+    EXPECT_EQ(calls.back(), 1);
+    EXPECT_EQ(calls.tell(), 0) << "there is nothing before the start";
+    for (std::size_t i = 0; i < 4096; ++i) ASSERT_EQ(calls.in(), text[i]);
+    calls.back();
+    EXPECT_EQ(calls.in(), 'b');
+    EXPECT_EQ(calls.in(), 'c') << "the first of the second block";
+    calls.back();
+    calls.back();
+    calls.back();
+    EXPECT_EQ(calls.tell(), 4094);
+    EXPECT_EQ(calls.in(), 'a');
+    EXPECT_EQ(calls.in(), 'b');
+    EXPECT_EQ(calls.in(), 'c');
+    EXPECT_EQ(calls.in(), 0xFF);
+    EXPECT_EQ(calls.in(), -1);
+    calls.back();
+    EXPECT_EQ(calls.in(), 0xFF);
+    EXPECT_EQ(calls.seek(3), 3);
+    calls.back();
+    EXPECT_EQ(calls.tell(), 2);
+    EXPECT_EQ(calls.in(), 'a');
+    EXPECT_EQ(calls.tell(), 3);
+    EXPECT_EQ(calls.seek(-1), -1);
+    EXPECT_THAT(this->take_log(1), ElementsAre("setfpos: Internal file I/O error"));
+    calls.close();
+}
+
+TYPED_TEST(LineFileTest, writes_over_a_file_without_truncating_it) {
+    const std::string path = this->file("old", "0123456789");
+    const TypeParam calls = TypeParam::create(path);
+    EXPECT_EQ(calls.put("ab"), 1);
+    EXPECT_EQ(calls.out('c'), 1);
+    EXPECT_EQ(calls.tell(), 3);
+    EXPECT_EQ(calls.put(nullptr), -1);
+    calls.close();
+    EXPECT_EQ(this->content(path), "abc3456789");
+}
+
+TYPED_TEST(LineFileTest, fails_on_what_cannot_be_read) {
+    const TypeParam calls = TypeParam::open(this->directory().string());
+    ASSERT_TRUE(calls.is_open());
+    char* line = nullptr;
+    EXPECT_EQ(calls.line(&line), -1);
+    EXPECT_EQ(calls.in(), -1);
+    EXPECT_EQ(calls.line(nullptr), -1);
+    EXPECT_THAT(this->take_log(1), ElementsAre("ReadFile failed.", "inch: ReadFile failed."));
+    calls.close();
+}
+
+class FileTest : public VelTest {};
+
+TEST_F(FileTest, buffered_output_goes_out_in_blocks) {
+    const std::string path = (directory() / "new").string();
+    const int handle = filecreate(path.c_str(), 2, 1);
+    std::string expected;
+    for (const std::size_t size : {1u, 4094u, 1u, 4096u, 9000u, 3000u, 0u}) {
+        const std::string text(size, static_cast<char>('a' + size % 26));
+        EXPECT_EQ(putline(handle, text.c_str()), 1);
+        expected += text;
+        EXPECT_EQ(getfpos(handle), static_cast<int>(expected.size()));
+        struct stat status {};
+        ASSERT_EQ(::stat(path.c_str(), &status), 0);
+        EXPECT_EQ(static_cast<std::size_t>(status.st_size), expected.size() / 4096 * 4096);
+    }
+    EXPECT_EQ(fileclose(handle), 1);
+    EXPECT_EQ(content(path), expected);
+}
+
+TEST_F(FileTest, kept_outch_counts_a_flushed_block_twice) {
+    const std::string path = (directory() / "new").string();
+    const int handle = filecreate(path.c_str(), 2, 1);
+    for (int i = 0; i < 4096; ++i) outch('x', handle);
+    EXPECT_EQ(getfpos(handle), 4096);
+    outch('y', handle);
+    EXPECT_EQ(getfpos(handle), 8193);
+    fileclose(handle);
+    EXPECT_EQ(content(path), std::string(4096, 'x') + 'y');
+}
+
+TEST_F(FileTest, a_full_disk_fails_the_write_that_meets_it) {
+    int handle = filecreate("/dev/full", 2, 0);
+    EXPECT_EQ(putline(handle, "x"), -1);
+    EXPECT_EQ(outch('x', handle), -1);
+    EXPECT_EQ(fileclose(handle), 1);
+    EXPECT_THAT(take_log(1), ElementsAre());
+
+    handle = filecreate("/dev/full", 2, 1);
+    EXPECT_EQ(putline(handle, "x"), 1) << "the buffer takes it";
+    EXPECT_EQ(putline(handle, std::string(5000, 'x').c_str()), -1);
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(fileclose(handle), 1);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), std::to_string(ENOSPC) + "\n");
+    EXPECT_THAT(take_log(1), ElementsAre("putline: WriteFile failed.", "fileclose: WriteFile failed."));
+
+    handle = filecreate("/dev/full", 2, 1);
+    for (int i = 0; i < 4096; ++i) EXPECT_EQ(outch('x', handle), 1);
+    EXPECT_EQ(outch('x', handle), -1);
+    setfpos(handle, 0);  // drops what is buffered
+    EXPECT_EQ(fileclose(handle), 1);
+    EXPECT_THAT(take_log(1), ElementsAre("outch: WriteFile failed."));
+}
+
+TEST_F(FileTest, a_failed_open_says_why) {
+    const std::string missing = (directory() / "missing").string();
+    EXPECT_EQ(fileopen(missing.c_str(), 1, 0), -1);
+    EXPECT_EQ(fileopen("", 1, 0), -1);
+    EXPECT_EQ(fileopen(nullptr, 1, 0), -1);
+    EXPECT_EQ(FileOpen(missing.c_str(), 1), nullptr);
+    EXPECT_EQ(filecreate((missing + "/x").c_str(), 2, 0), -1);
+    EXPECT_EQ(FileCreate((missing + "/x").c_str()), nullptr);
+    EXPECT_THAT(take_log(), ElementsAre(LogLine{1, "test", "CreateFile failed: " + missing + ", error 2"},
+                                        LogLine{1, "test", "CreateFile failed."}, LogLine{1, "test", "open failed"}));
+}
+
+// Positions have 31 bits: such a file is refused, and writing stops before they end.
+TEST_F(FileTest, files_of_two_gigabytes_are_refused) {
+    const std::string path = file("huge", "");
+    ASSERT_EQ(::truncate(path.c_str(), 0x7FFFFFFF), 0);
+    int handle = fileopen(path.c_str(), 1, 0);
+    ASSERT_NE(handle, -1);
+    EXPECT_EQ(setfpos(handle, 0x7FFFFFFE), 0x7FFFFFFE);
+    EXPECT_EQ(inch(handle), 0);
+    EXPECT_EQ(inch(handle), -1);
+    EXPECT_EQ(getfpos(handle), 0x7FFFFFFF);
+    fileclose(handle);
+
+    handle = fileopen(path.c_str(), 2, 0);
+    setfpos(handle, 0x7FFFFFFE);
+    EXPECT_EQ(putline(handle, "xy"), -1);
+    EXPECT_EQ(outch('x', handle), 1);
+    EXPECT_EQ(outch('x', handle), -1);
+    EXPECT_EQ(getfpos(handle), 0x7FFFFFFF);
+    fileclose(handle);
+
+    ASSERT_EQ(::truncate(path.c_str(), off_t{0x7FFFFFFF} + 1), 0);
+    EXPECT_EQ(fileopen(path.c_str(), 1, 0), -1);
+    EXPECT_EQ(FileOpen(path.c_str(), 1), nullptr);
+    EXPECT_THAT(take_log(1),
+                ElementsAre("CreateFile failed: " + path + ", error " + std::to_string(EFBIG), "CreateFile failed."));
+}
+
+TEST_F(FileTest, traces_opens_and_closes_when_asked) {
+    set("Debug", "LogFileIO", "true");
+    const std::string path = file("traced", "");
+    const int handle = fileopen(path.c_str(), 1, 0);
+    fileclose(handle);
+    VEL_FILE* created = FileCreate(path.c_str());
+    const int fd = created->fd;
+    FileClose(created);
+    const std::string number = std::to_string(handle);
+    EXPECT_THAT(take_log(1), ElementsAre("fileopen: " + path + ", FileHandle #" + number, "fileclose: FileHandle #" + number,
+                                         "filecreate: " + path + ", FileHandle #" + std::to_string(fd),
+                                         "fileclose: FileHandle #" + std::to_string(fd)));
+}
+
+TEST_F(FileTest, unknown_handles_fail_in_silence) {
+    char* line = nullptr;
+    for (const int handle : {-1, 0, 12345, 2000000}) {
+        EXPECT_EQ(VELGetLine(handle, &line), -1);
+        EXPECT_EQ(putline(handle, "x"), -1);
+        EXPECT_EQ(inch(handle), -1);
+        EXPECT_EQ(outch('x', handle), -1);
+        EXPECT_EQ(setfpos(handle, 0), -1);
+        EXPECT_EQ(getfpos(handle), -1);
+        EXPECT_EQ(fileclose(handle), 0);
+        EXPECT_EQ(CloseHandle(handle), 0);
+        EXPECT_EQ(DelFromFilePool(thread_file_pool, handle), 0);
+    }
+    EXPECT_EQ(GetLine(nullptr, &line), -1);
+    EXPECT_EQ(GetFilePos(nullptr), -1);
+    EXPECT_EQ(DelFromFilePool(nullptr, 3), -1);
+    EXPECT_THAT(take_log(), ElementsAre());
+}
+
+TEST_F(FileTest, the_pool_reuses_its_nodes) {
+    const std::string path = file("f", "");
+    std::vector<int> handles;
+    for (int i = 0; i < 10; ++i) handles.push_back(fileopen(path.c_str(), 1, 0));
+    const int linked = thread_file_pool->count;
+    EXPECT_GE(linked, 10);
+    VEL_FILE* second = GetFromFilePool(thread_file_pool, handles[1]);
+    ASSERT_NE(second, nullptr);
+    EXPECT_EQ(second->fd, handles[1]);
+    for (const int handle : handles) EXPECT_EQ(fileclose(handle), 1);
+    EXPECT_EQ(GetFromFilePool(thread_file_pool, handles[1]), nullptr);
+    for (int& handle : handles) handle = fileopen(path.c_str(), 1, 0);
+    EXPECT_EQ(thread_file_pool->count, linked);
+    EXPECT_EQ(thread_file_pool->head.load()->file->fd, handles[0]) << "the first free node is taken first";
+    for (const int handle : handles) fileclose(handle);
+}
+
+// Shut-down closes what is open and drops what is buffered.
+TEST_F(FileTest, the_end_of_the_pool_closes_its_files) {
+    const std::string path = (directory() / "left").string();
+    const int handle = filecreate(path.c_str(), 2, 1);
+    putline(handle, "never written");
+    TerminateLineIO();
+    EXPECT_EQ(::fcntl(handle, F_GETFD), -1);
+    EXPECT_EQ(fileopen(path.c_str(), 1, 0), -1) << "there is no pool";
+    TerminateLineIO();
+    EXPECT_EQ(InitLineIO(), 0);
+    EXPECT_EQ(InitLineIO(), 0);
+    EXPECT_EQ(content(path), "");
+}
+
+TEST_F(FileTest, windows_shaped_calls) {
+    const std::string path = (directory() / "w").string();
+    uint32_t moved = 77;
+    const int out = CreateFile(path.c_str(), 2);
+    EXPECT_EQ(WriteFile(out, "hello", 5, &moved, nullptr), 1);
+    EXPECT_EQ(moved, 5u);
+    EXPECT_EQ(SetFilePointer(out, 1, nullptr, SEEK_SET), 1);
+    EXPECT_EQ(SetEndOfFile(out), 1);
+    EXPECT_EQ(GetFileSize(out, nullptr), 5u) << "cut to the size that it has";
+    EXPECT_EQ(CloseHandle(out), 1);
+
+    const int in = CreateFile(path.c_str(), 1);
+    char buffer[16] = {};
+    EXPECT_EQ(SetFilePointer(in, -4, nullptr, SEEK_END), 1);
+    EXPECT_EQ(ReadFile(in, buffer, sizeof buffer, &moved, nullptr), 1);
+    EXPECT_EQ(std::string(buffer, moved), "ello");
+    EXPECT_EQ(WriteFile(in, "x", 1, &moved, nullptr), 0);
+    EXPECT_EQ(moved, 0u);
+    EXPECT_EQ(GetLastError(), EBADF);
+    SetFilePointer(in, 0, nullptr, SEEK_SET);
+    char* line = nullptr;
+    EXPECT_EQ(VELGetLine(in, &line), 1) << "the handle is one of the pool";
+    EXPECT_STREQ(line, "hello");
+    CloseHandle(in);
+
+    moved = 77;
+    EXPECT_EQ(ReadFile(-1, buffer, 1, &moved, nullptr), 0);
+    EXPECT_EQ(moved, 77u);
+    EXPECT_EQ(ReadFile(in, buffer, 1, &moved, nullptr), 0);
+    EXPECT_EQ(moved, 0u);
+    EXPECT_EQ(WriteFile(-1, "x", 1, &moved, nullptr), 0);
+    EXPECT_EQ(SetFilePointer(-1, 0, nullptr, 0), 0);
+    EXPECT_EQ(SetEndOfFile(-1), 0);
+}
+
+}  // namespace
+}  // namespace vel::test

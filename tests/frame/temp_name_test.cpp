@@ -1,0 +1,141 @@
+// Temporary names, message locks, copying, chains.
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <set>
+#include <thread>
+
+#include "frame/chain.h"
+#include "tests/support/fixture.h"
+
+namespace vel::test {
+namespace {
+
+using testing::ElementsAre;
+
+class TempNameTest : public VelTest {
+  protected:
+    std::string counter() const { return (directory() / "tmpcnt.$$$").string(); }
+    void set_counter(int32_t number) const {
+        file("tmpcnt.$$$", {reinterpret_cast<const char*>(&number), sizeof number});
+    }
+    // The next name without its directory; "(null)" for none.
+    std::string next(const char* prefix = "MIME") {
+        const COwned<char> path(_veltempnam("has no effect", prefix));
+        if (!path) return "(null)";
+        EXPECT_TRUE(std::string_view(path.get()).starts_with(directory().string() + "/"));
+        return path.get() + directory().string().size() + 1;
+    }
+};
+
+TEST_F(TempNameTest, counts_in_a_file_of_four_bytes) {
+    EXPECT_EQ(next(), "MIME00000");
+    EXPECT_EQ(next(nullptr), "00001");
+    int32_t stored = -1;
+    const std::string bytes = content(counter());
+    ASSERT_EQ(bytes.size(), sizeof stored);
+    std::memcpy(&stored, bytes.data(), sizeof stored);
+    EXPECT_EQ(stored, 1);
+    const COwned<char> alias(VELGetTempFileName(nullptr, "x"));
+    EXPECT_TRUE(std::string_view(alias.get()).ends_with("/x00002"));
+}
+
+TEST_F(TempNameTest, starts_anew_behind_the_last_number_and_after_nonsense) {
+    for (const int32_t stored : {99999, 100000, -1, -2147483647 - 1, 2147483647}) {
+        set_counter(stored);
+        EXPECT_EQ(next(), "MIME00000") << stored;
+    }
+    set_counter(99998);
+    EXPECT_EQ(next(), "MIME99999");
+    file("tmpcnt.$$$", "abc");
+    EXPECT_EQ(next(), "MIME00000") << "fewer than four bytes count as none";
+}
+
+TEST_F(TempNameTest, passes_over_a_name_that_is_taken) {
+    set_counter(6);
+    file("MIME00007", "");
+    EXPECT_EQ(next(), "MIME00008");
+}
+
+TEST_F(TempNameTest, gives_up) {
+    set("Gateway", "TemporaryDirectory", (directory() / "missing").c_str());
+    EXPECT_EQ(_veltempnam(nullptr, "x"), nullptr);
+    set("Gateway", "TemporaryDirectory", directory().c_str());
+    for (int number = 0; number < 20; ++number) file("t0000" + std::to_string(number), "");
+    for (int number = 10; number < 20; ++number) file("t000" + std::to_string(number), "");
+    EXPECT_EQ(next("t"), "(null)") << "twenty names in a row are taken";
+    EXPECT_EQ(next("t"), "t00020");
+}
+
+TEST_F(TempNameTest, locks_do_not_exclude_one_another) {
+    const std::string message = (directory() / "m").string();
+    EXPECT_EQ(unlockmsg(message.c_str()), -1);
+    EXPECT_EQ(lockmsg(message.c_str()), 0);
+    EXPECT_EQ(lockmsg(message.c_str()), 0);
+    EXPECT_EQ(islocked(message.c_str()), 0);
+    EXPECT_THAT(left_behind("m"), ElementsAre("m.lck"));
+    set("Debug", "LogLocking", "yes");
+    EXPECT_EQ(lockmsg(message.c_str()), 0);
+    EXPECT_EQ(unlockmsg(message.c_str()), 0);
+    EXPECT_THAT(left_behind("m"), ElementsAre());
+    EXPECT_THAT(take_log(), ElementsAre(LogLine{6, "test", "lock: " + message}, LogLine{6, "test", "unlock: " + message}));
+    EXPECT_EQ(lockmsg((directory() / "no" / "m").c_str()), -1);
+    EXPECT_THAT(take_log(1), ElementsAre("open failed"));
+}
+
+TEST_F(TempNameTest, copies_files_under_a_lasting_umask) {
+    const mode_t before = ::umask(022);
+    const std::string text = std::string(70000, 'x') + "end";
+    const std::string source = file("source", text);
+    const std::string target = file("target", std::string(80000, 'y'));
+    EXPECT_EQ(CopyFile(source.c_str(), target.c_str(), 1), 0);
+    EXPECT_EQ(content(target), text);
+    EXPECT_EQ(CopyFile((source + "-missing").c_str(), target.c_str(), 0), 0);
+    EXPECT_EQ(content(target), text) << "without a source the target is left alone";
+    EXPECT_EQ(::umask(before), mode_t{007});
+}
+
+TEST_F(TempNameTest, chains_grow_at_their_end) {
+    ms* chain = nullptr;
+    EXPECT_EQ(appendString(&chain, "a"), 1);
+    ChainTail(chain).append(copy_text("b"));
+    EXPECT_EQ(appendString(&chain, "c"), 1);
+    std::string joined;
+    for (const ms* node = chain; node; node = node->next) joined += node->text;
+    EXPECT_EQ(joined, "abc");
+    freeStringChain(chain);
+    freeStringChain(nullptr);
+}
+
+class FrameThreads : public VelTest {};
+
+// Every name is handed out once, and opening, reading and closing in many threads disturbs nobody.
+TEST_F(FrameThreads, names_and_files_in_many_threads) {
+    constexpr int kThreads = 4;
+    constexpr int kRounds = 200;
+    const std::string path = file("shared", "one line\n");
+    std::vector<std::vector<std::string>> names(kThreads);
+    std::vector<std::thread> threads;
+    for (auto& mine : names) {
+        threads.emplace_back([&, this] {
+            set("Gateway", "TemporaryDirectory", directory().c_str());
+            for (int i = 0; i < kRounds; ++i) {
+                const COwned<char> name(_veltempnam(nullptr, "T"));
+                if (name) mine.emplace_back(name.get());
+                const int handle = fileopen(path.c_str(), 1, 0);
+                char* line = nullptr;
+                if (VELGetLine(handle, &line) != 1 || std::strcmp(line, "one line\n") != 0) mine.clear();
+                fileclose(handle);
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    std::set<std::string> distinct;
+    for (const auto& mine : names) distinct.insert(mine.begin(), mine.end());
+    EXPECT_EQ(distinct.size(), static_cast<std::size_t>(kThreads * kRounds));
+}
+
+}  // namespace
+}  // namespace vel::test
