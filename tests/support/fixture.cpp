@@ -58,6 +58,7 @@ VelTest::~VelTest() {
 
 std::string VelTest::file(const std::string& name, std::string_view content) const {
     const std::filesystem::path path = directory_ / name;
+    std::filesystem::remove(path);  // Cheaper than truncating: file systems sync a file that is written over.
     std::ofstream(path, std::ios::binary) << content;
     return path.string();
 }
@@ -96,6 +97,12 @@ std::vector<std::string> VelTest::take_log(int level) {
 void VelTest::capture(void* self, int level, const char* application, const char* text) {
     static_cast<VelTest*>(self)->log_.push_back({level, application, text});
 }
+
+QuietLog::QuietLog() {
+    LogCaptureStart([](void*, int, const char*, const char*) {}, nullptr);
+}
+
+QuietLog::~QuietLog() { LogCaptureStop(); }
 
 std::unique_ptr<char[]> exact(std::string_view text) {
     auto copy = std::make_unique<char[]>(text.size() + 1);

@@ -51,6 +51,13 @@ class VelTest : public testing::Test {
     std::vector<LogLine> log_;
 };
 
+// Drops the calling thread's log lines: for the threads that a test starts.
+class QuietLog {
+  public:
+    QuietLog();
+    ~QuietLog();
+};
+
 // A copy on the heap of exactly the text's size and its NUL, so that a read past the end is caught.
 std::unique_ptr<char[]> exact(std::string_view text);
 

@@ -1,0 +1,232 @@
+// Bodies and header blocks as files.
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <thread>
+
+#include "tests/mime/tree.h"
+#include "tests/support/fixture.h"
+#include "vel/mime.h"
+
+namespace vel::test {
+namespace {
+
+using testing::ElementsAre;
+
+class BodyTest : public VelTest {
+  protected:
+    ~BodyTest() override { MimeFreeMessage(&pool_); }
+
+    void parse(const std::string& message) {
+        MimeFreeMessage(&pool_);
+        MimeParseMessage(file("message", message).c_str(), 1, &pool_);
+        ASSERT_NE(pool_, nullptr);
+    }
+
+    MimeMsg* record(int index) { return MimeGetMsg(pool_, index); }
+
+    // What stands in the file that a call has made, in the shorthand of shown(); the file goes.
+    std::string taken(char* path) {
+        if (!path) return "(null)";
+        const std::string text = shown(content(path));
+        MimeFreeFile(path);
+        EXPECT_THAT(left_behind("MIME"), ElementsAre());
+        EXPECT_THAT(left_behind("mime"), ElementsAre());
+        return text;
+    }
+    std::string body(int index, bool raw = false, int fd = -1) { return taken(MimeGetBody(record(index), raw, fd)); }
+
+    mime_msg_pool* pool_ = nullptr;
+};
+
+constexpr const char* kHead = "MIME-Version: 1.0\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\n";
+
+TEST_F(BodyTest, bodies_are_decoded_by_their_encoding) {
+    struct {
+        const char* name;
+        const char* header;
+        const char* body;
+        const char* expected;
+        const char* true_name = nullptr;
+    } const rows[] = {
+        {"none", "", "as it is\r\n", "as it is/"},
+        {"base64", "Content-Transfer-Encoding: BASE64", "QUJD\r\nREU=\r\n", "ABCDE"},
+        {"bad base64 is delivered", "Content-Transfer-Encoding: base64", "QU*D\r\n", "QU*D/"},
+        {"quoted-printable", "Content-Transfer-Encoding: Quoted-Printable", "a=3D=\r\nb\r\nc\r\n", "a=b/c"},
+        {"cut quoted-printable is delivered", "Content-Transfer-Encoding: quoted-printable", "a=4", "a=4"},
+        {"uuencode", "Content-Transfer-Encoding: x-UUEncode", "begin 644 a b\r\n#0V%T\r\n`\r\nend\r\n", "Cat", "a b"},
+        {"no uuencode", "Content-Transfer-Encoding: x-uue", "text\r\n", "text/"},
+        {"uuencode without end", "Content-Transfer-Encoding: uue", "begin 644 a\r\n#0V%T\r\n", "begin 644 a/#0V%T/"},
+        {"unknown", "Content-Transfer-Encoding: x-own", "QUJD\r\n", "QUJD/"},
+        {"binhex", "Content-Type: application/mac-binhex40", ":abc:\r\n", ":abc:/"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const std::string header = *row.header ? row.header + std::string("\r\n") : "";
+        parse("MIME-Version: 1.0\r\n" + header + "\r\n" + row.body);
+        EXPECT_EQ(body(0), row.expected);
+        EXPECT_STREQ(MimeGetTrueName(record(0)), row.true_name);
+        EXPECT_EQ(body(0, true), shown("MIME-Version: 1.0\r\n" + header + "\r\n" + row.body));
+    }
+}
+
+TEST_F(BodyTest, kept_only_the_first_u_names_uuencode) {
+    parse("MIME-Version: 1.0\r\nContent-Transfer-Encoding: u-uue\r\n\r\nbegin 1 f\r\n`\r\nend\r\n");
+    EXPECT_EQ(body(0), "begin 1 f/`/end/");
+    parse("MIME-Version: 1.0\r\nContent-Transfer-Encoding: u-Uue\r\n\r\nbegin 1 f\r\n`\r\nend\r\n");
+    EXPECT_EQ(body(0), "");
+}
+
+TEST_F(BodyTest, reads_from_an_open_descriptor_and_leaves_it_open) {
+    parse(std::string(kHead) + "--b\r\n\r\none\r\n--b\r\nContent-Transfer-Encoding: base64\r\n\r\nQUJD\r\n--b--\r\n");
+    const int fd = ::open(record(0)->fileName, O_RDONLY);
+    EXPECT_EQ(body(2, false, fd), "ABC");
+    EXPECT_EQ(body(1, false, fd), "one/");
+    EXPECT_NE(::fcntl(fd, F_GETFD), -1);
+    ::close(fd);
+}
+
+TEST_F(BodyTest, empty_backwards_and_missing_bodies) {
+    parse(std::string(kHead) + "--b\r\n\r\n--b--\r\n");
+    MimeMsg* empty = record(1);
+    ASSERT_EQ(empty->bodyStart, empty->bodyEnd);
+    EXPECT_EQ(taken(MimeGetBodyWithNoEmbeddedAttachment(empty)), "(null)");
+    for (const char* encoding : {"base64", "quoted-printable", "x-uue"}) {
+        empty->contentTransferEncoding = const_cast<char*>(encoding);
+        EXPECT_EQ(body(1), "") << encoding;
+    }
+    empty->contentTransferEncoding = nullptr;
+    --empty->bodyEnd;
+    EXPECT_EQ(body(1), "(null)");
+    EXPECT_EQ(taken(MimeGetBodyWithNoEmbeddedAttachment(empty)), "(null)");
+    EXPECT_EQ(taken(MimeGetBody(nullptr, 0, -1)), "(null)");
+    EXPECT_EQ(taken(MimeGetHeader(nullptr)), "(null)");
+
+    const std::string path = record(0)->fileName;
+    ::unlink(path.c_str());
+    EXPECT_EQ(body(0), "(null)");
+    EXPECT_EQ(taken(MimeGetHeader(record(0))), "(null)");
+    EXPECT_EQ(take_log(1).size(), 2u) << "the file layer's complaints";
+    set("Gateway", "TemporaryDirectory", (directory() / "missing").c_str());
+    file("message", "x");
+    EXPECT_EQ(body(0), "(null)");
+}
+
+// A message file that has been cut since it was parsed ends the copy, not the program.
+TEST_F(BodyTest, a_file_cut_behind_the_parser_gives_what_is_left) {
+    parse("MIME-Version: 1.0\r\n\r\n0123456789");
+    ASSERT_EQ(::truncate(record(0)->fileName, 26), 0);
+    EXPECT_EQ(body(0), "01234");
+    EXPECT_EQ(taken(MimeGetHeader(record(0))), "MIME-Version: 1.0//");
+}
+
+TEST_F(BodyTest, header_blocks) {
+    parse("#Fsender\r\nMIME-Version: 1.0\r\n#Rrecipient\r\nSubject: " + std::string(1500, 's') +
+          "\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\npreamble\r\n--b\r\nX: y\r\n\r\none\r\n--b--\r\n");
+    EXPECT_EQ(taken(MimeGetHeader(record(0))),
+              "MIME-Version: 1.0/Subject: " + std::string(1500, 's') +
+                  "/Content-Type: multipart/mixed; boundary=b//preamble/")
+        << "a multipart's runs on to its first delimiter";
+    EXPECT_EQ(taken(MimeGetHeader(record(1))), "X: y//");
+}
+
+TEST_F(BodyTest, texts_without_the_files_embedded_in_them) {
+    parse("MIME-Version: 1.0\r\n\r\na\r\nbegin 644 f\r\n#0V%T\r\n`\r\nend\r\nb\r\nbegin 1 g\r\nend\r\nc");
+    EXPECT_EQ(taken(MimeGetBodyWithNoEmbeddedAttachment(record(0))), "a/b/c");
+    EXPECT_EQ(body(1), "Cat");
+    EXPECT_STREQ(MimeGetTrueName(record(1)), "f");
+    parse("MIME-Version: 1.0\r\n\r\nbegin 644 f\r\n`\r\nend\r\n");
+    EXPECT_EQ(taken(MimeGetBodyWithNoEmbeddedAttachment(record(0))), "");
+}
+
+// Writing fails behind a number of bytes, as on a full disk; the counter file still fits.
+class FileSizeLimit {
+  public:
+    explicit FileSizeLimit(rlim_t bytes) : signal_(::signal(SIGXFSZ, SIG_IGN)) {
+        ::getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limit{bytes, before_.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() {
+        ::setrlimit(RLIMIT_FSIZE, &before_);
+        ::signal(SIGXFSZ, signal_);
+    }
+
+  private:
+    rlimit before_{};
+    sighandler_t signal_;
+};
+
+TEST_F(BodyTest, a_full_disk_leaves_no_file) {
+    for (const char* encoding : {"7bit", "base64", "quoted-printable", "x-uue"}) {
+        SCOPED_TRACE(encoding);
+        parse("MIME-Version: 1.0\r\nContent-Transfer-Encoding: " + std::string(encoding) + "\r\n\r\nbegin 644 f\r\n#0V%T\r\n" +
+              std::string(100, 'A') + "\r\n");
+        const FileSizeLimit limit(8);
+        EXPECT_EQ(taken(MimeGetBody(record(0), 0, -1)), "(null)");
+        EXPECT_EQ(taken(MimeGetHeader(record(0))), "(null)");
+        EXPECT_EQ(taken(MimeGetBodyWithNoEmbeddedAttachment(record(0))), "(null)");
+    }
+    take_log();
+}
+
+TEST_F(BodyTest, leaves_and_containers_are_counted) {
+    parse(std::string(kHead) + "--b\r\n\r\n1\r\n--b\r\nContent-Type: multipart/x; boundary=c\r\n\r\n--c\r\n\r\n2\r\n"
+                               "--c\r\n\r\n3\r\n--c--\r\n--b\r\n\r\n4\r\n--b--\r\n");
+    int leaves = 1;
+    int containers = 0;
+    EXPECT_EQ(MimeGetNumLeafBodyParts(record(0), &leaves), 0);
+    EXPECT_EQ(MimeGetNumMultipartHeaders(record(0), &containers), 0);
+    EXPECT_EQ(leaves, 4);
+    EXPECT_EQ(containers, 2);
+    EXPECT_EQ(MimeGetNumberOfMessage(pool_), 6);
+    EXPECT_STREQ(MimeGetContentType(record(2)), "multipart");
+    EXPECT_STREQ(MimeGetContentTypeParams(record(2))->text, "boundary=c");
+}
+
+TEST_F(BodyTest, null_arguments) {
+    int counter = 1;
+    EXPECT_EQ(MimeGetNumberOfMessage(nullptr), -1);
+    EXPECT_EQ(MimeGetMsg(nullptr, 0), nullptr);
+    parse("x");
+    EXPECT_EQ(MimeGetMsg(pool_, 1), nullptr);
+    EXPECT_EQ(MimeGetMsg(pool_, -1), nullptr);
+    EXPECT_EQ(MimeGetNumLeafBodyParts(nullptr, &counter), -1);
+    EXPECT_EQ(MimeGetNumMultipartHeaders(record(0), nullptr), -1);
+    EXPECT_EQ(MimeGetContentID(nullptr), nullptr);
+    EXPECT_EQ(MimeGetContentDispositionParams(nullptr), nullptr);
+    MimeFreeFile(nullptr);
+    MimeFreeMessage(nullptr);
+}
+
+class MimeThreads : public BodyTest {};
+
+TEST_F(MimeThreads, parses_and_extractions_run_at_once) {
+    const std::string path = file("shared", std::string(kHead) +
+                                                "--b\r\n\r\none\r\n--b\r\nContent-Transfer-Encoding: base64\r\n\r\n"
+                                                "QUJD\r\n--b--\r\n");
+    std::atomic<int> good = 0;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&, this] {
+            const QuietLog quiet;
+            set("Gateway", "TemporaryDirectory", directory().c_str());
+            for (int i = 0; i < 50; ++i) {
+                mime_msg_pool* pool = nullptr;
+                if (MimeParseMessage(path.c_str(), 1, &pool) != 3) continue;
+                char* body = MimeGetBody(pool->items[2], 0, -1);
+                if (body && content(body) == "ABC") ++good;
+                MimeFreeFile(body);
+                MimeFreeMessage(&pool);
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(good, 200);
+}
+
+}  // namespace
+}  // namespace vel::test

@@ -1,0 +1,386 @@
+// Messages and the trees that they parse into, MIME and flat.
+#include <sys/stat.h>
+
+#include <chrono>
+#include <string>
+
+#include "mime/boundary_pool.h"
+#include "mime/message_pool.h"
+#include "mime/record.h"
+#include "tests/mime/tree.h"
+#include "tests/support/fixture.h"
+#include "vel/mime.h"
+
+namespace vel::test {
+namespace {
+
+using testing::ElementsAre;
+
+constexpr const char* kReadFailed = "ParseMimeMessage: getline failed.";
+constexpr const char* kNotValid = "ParseMimeMessage: not a valid MIME message.";
+
+class ParserTest : public VelTest {
+  protected:
+    ~ParserTest() override { MimeFreeMessage(&pool_); }
+
+    // Parses a message, "/" standing for CR LF and "|" for a slash, and shows its tree, or "refused".
+    std::string parse(std::string_view shorthand, bool nested = true) {
+        message_.clear();
+        for (const char c : shorthand) {
+            if (c == '/') {
+                message_ += "\r\n";
+            } else {
+                message_ += c == '|' ? '/' : c;
+            }
+        }
+        return parse_message(nested);
+    }
+
+    std::string parse_message(bool nested = true) {
+        MimeFreeMessage(&pool_);
+        const int count = MimeParseMessage(file("message", message_).c_str(), nested, &pool_);
+        EXPECT_EQ(count, pool_ ? pool_->count : -1);
+        return pool_ ? tree(*pool_, message_) : "refused";
+    }
+
+    const MimeMsg& record(int index) const { return *pool_->items[index]; }
+    std::string headers_of(int index) const {
+        return shown(std::string_view(message_).substr(record(index).headerStart,
+                                                       record(index).bodyStart - record(index).headerStart));
+    }
+
+    std::string message_;
+    mime_msg_pool* pool_ = nullptr;
+};
+
+// A message in the shorthand of parse.
+std::string mime(const std::string& text) { return "MIME-Version: 1.0/" + text; }
+
+struct Row {
+    const char* name;
+    std::string message;
+    std::string tree;
+    std::vector<std::string> errors = {};
+};
+
+class ParserTableTest : public ParserTest {
+  protected:
+    void check(const Row& row, bool nested = true) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(parse(row.message, nested), row.tree);
+        EXPECT_EQ(take_log(1), row.errors);
+    }
+};
+
+const std::string kMixed = mime("Content-Type: multipart|mixed; boundary=\"b\"//");
+
+TEST_F(ParserTableTest, mime_messages) {
+    const Row rows[] = {
+        {"single", mime("Content-Type: text|html//body/"), "text/html \"body/\""},
+        {"single without type", mime("/body/"), "- \"body/\""},
+        {"empty body", mime("/"), "- \"\""},
+        {"no blank line", mime("Subject: x/"), "- \"MIME-Version: 1.0/Subject: x/\""},
+        {"two parts", kMixed + "preamble/--b//one/--b/Content-Type: a|b//two/--b--/epilogue/",
+         "multipart/mixed { - \"one/\" a/b \"two/\" }"},
+        {"no delimiter at all", kMixed + "text/", "refused", {kNotValid}},
+        {"no boundary", mime("Content-Type: multipart|mixed//--b/"), "refused",
+         {"ParseMimeMessage: boundary line is missing."}},
+        {"empty boundary", mime("Content-Type: multipart|mixed; boundary=\"\"//--//one/--b//two/----/"),
+         "multipart/mixed { - \"one/-\" - \"two/\" }"},
+        {"empty part", kMixed + "--b//--b--/", "multipart/mixed { - \"\" }"},
+        {"part without a blank line", kMixed + "--b/Content-Type: a|b/--b//two/--b--/",
+         "multipart/mixed { a/b \"\" - \"two/\" }"},
+        {"unterminated last part", kMixed + "--b//one/--b//two/", "multipart/mixed { - \"one/\" }", {kReadFailed}},
+        {"ends in a header block", kMixed + "--b//one/--b/Subject: x/", "multipart/mixed { - \"one/\" }"},
+        {"ends in a field that might go on", kMixed + "--b//one/--b/Content-Type: a|b/", "refused", {kNotValid}},
+        {"nested multipart",
+         kMixed + "--b/Content-Type: multipart|alternative; boundary=c//--c//x/--c--/between/--b//two/--b--/",
+         "multipart/mixed { multipart/alternative { - \"x/\" } - \"two/\" }"},
+        {"inner multipart closed by the outer",
+         kMixed + "--b/Content-Type: multipart|digest; boundary=c//--c//x/--c--/--b--/",
+         "multipart/mixed { multipart/digest { - \"x/\" } }"},
+        {"inner delimiter that extends the outer",
+         kMixed + "--b/Content-Type: multipart|digest; boundary=bb//--bb//x/--bb--/--b//y/--b--/",
+         "multipart/mixed { multipart/digest { - \"x/\" } - \"y/\" }"},
+        {"enclosed message", kMixed + "--b/Content-Type: message|rfc822//Subject: in//x/--b//two/--b--/",
+         "multipart/mixed { message/rfc822 { - \"x/\" } - \"two/\" }"},
+        {"enclosed multipart, then a part",
+         kMixed + "--b/Content-Type: message|rfc822//Content-Type: multipart|mixed; boundary=c//--c//x/--c--/"
+                  "--b//two/--b--/",
+         "multipart/mixed { message/rfc822 { multipart/mixed { - \"x/\" } } - \"two/\" }"},
+        {"message within message", mime("Content-Type: message|rfc822//Content-Type: message|rfc822//Subject: x//y/"),
+         "message/rfc822 { message/rfc822 { - \"y/\" } }"},
+        {"encoded message is left alone",
+         mime("Content-Type: message|rfc822/Content-Transfer-Encoding: base64//QUJD/"), "message/rfc822 \"QUJD/\""},
+        {"refused field", mime("Content-Type: |plain//x/"), "refused",
+         {"\"content-type:\" field invalid. Misplaced slash.", kNotValid}},
+        {"queue envelope lines", "#Fa@b/#Rc@d/" + mime("Content-Type: a|b//x/"), "a/b \"x/\""},
+        {"closed twice", kMixed + "--b//one/--b--/--b--/--b//two/", "multipart/mixed { - \"one/\" }"},
+    };
+    for (const Row& row : rows) check(row);
+}
+
+TEST_F(ParserTableTest, enclosed_messages_stay_whole_when_asked) {
+    check({"whole", kMixed + "--b/Content-Type: message|rfc822//Subject: in//x/--b--/",
+           "multipart/mixed { message/rfc822 \"Subject: in//x/\" }"},
+          false);
+}
+
+// What stands behind the delimiter on its line stays in the body before it.
+TEST_F(ParserTableTest, kept_bodies_lose_a_bare_delimiter_line) {
+    check({"blanks behind a delimiter", kMixed + "--b//one/--b  //two/--b-- /",
+           "multipart/mixed { - \"one/--\" - \"two/-\" }"});
+    check({"no line end behind the last", kMixed + "--b//one/--b--", "multipart/mixed { - \"one\" }"});
+}
+
+TEST_F(ParserTableTest, kept_a_level_is_looked_up_by_the_whole_line) {
+    check({"blanks behind a closing delimiter without a blank line before it",
+           kMixed + "--b/Content-Type: a|b/--b-- //--b//lost/--b--/", "multipart/mixed { a/b \"\" }"});
+}
+
+TEST_F(ParserTableTest, kept_an_unterminated_part_is_dropped_in_silence_under_the_lenient_grammar) {
+    set("Options", "StrictMimeParsing", "NO");
+    check({"lenient", kMixed + "--b//one/--b//two/", "multipart/mixed { - \"one/\" }"});
+}
+
+TEST_F(ParserTableTest, embedded_files) {
+    const Row rows[] = {
+        {"uuencoded", mime("Content-Type: text|plain//a/begin 644 f/#0V%T/`/end/b/"),
+         "text/plain { x-embedded \"begin 644 f/#0V%T/`/end/\" }"},
+        {"no end", mime("/a/begin 644 f/#0V%T/`/"), "- \"a/begin 644 f/#0V%T/`/\""},
+        {"binhex", mime("/(this file MUST be converted with BinHex 4.0)//:abc/def:/x/"),
+         "- { application/mac-binhex40 \"(this file MUST be converted with BinHex 4.0)//:abc/def:/\" }"},
+        {"two, in a part", kMixed + "--b//BEGIN 1 a/END/begin 1 b/end /end/--b--/",
+         "multipart/mixed { - { x-embedded \"BEGIN 1 a/END/\" x-embedded \"begin 1 b/end /end/\" } }"},
+        {"not in html", mime("Content-Type: text|html//begin 644 f/`/end/"), "text/html \"begin 644 f/`/end/\""},
+    };
+    for (const Row& row : rows) check(row);
+    take_log();
+    check(rows[0]);
+    EXPECT_THAT(take_log(6), testing::Contains("Found embedded UUEncode attachment in body text/plain"));
+}
+
+TEST_F(ParserTest, flat_messages) {
+    struct {
+        const char* name;
+        const char* message;
+        const char* tree;
+    } const rows[] = {
+        {"no version", "Subject: x//body/", "- \"body/\""},
+        {"version 2", "MIME-Version: 2.0//body/", "- \"body/\""},
+        {"empty file", "", "- \"\""},
+        {"no blank line", "Subject: x/", "- \"Subject: x/\""},
+        {"only a blank line", "/", "- \"\""},
+        {"uuencoded", "S: x//a/begin 644 f/#0V%T/`/endless/b/",
+         "- \"a/\" + x-embedded \"begin 644 f/#0V%T/`/endless/\" + - \"b/\""},
+        {"nothing between", "S: x//begin 7 f/END/Begin 7 g/end/",
+         "- \"\" + x-embedded \"begin 7 f/END/\" + - \"\" + x-embedded \"Begin 7 g/end/\" + - \"\""},
+        {"no mode, no file", "S: x//begin again/end/", "- \"begin again/end/\""},
+        {"no end is text", "S: x//a/begin 644 f/(This file must be converted with BinHex 4.0)/:a/b:/",
+         "- \"a/begin 644 f/(This file must be converted with BinHex 4.0)/:a/b:/\""},
+        {"binhex needs another line", "S: x//(This file must be converted with BinHex 4.0)/x:/:a:/b/c:d/e/",
+         "- \"\" + application/mac-binhex40 \"(This file must be converted with BinHex 4.0)/x:/:a:/b/c:d/\" + - \"e/\""},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(parse(row.message), row.tree);
+    }
+}
+
+TEST_F(ParserTest, offsets_and_kinds) {
+    message_ =
+        "MIME-Version: 1.0\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\npre\r\n--b\r\n"
+        "Content-Type: message/rfc822\r\n\r\nSubject: in\r\n\r\nx\r\n--b\r\n\r\nlast\r\n--b--\r\nepilogue\r\n";
+    parse_message();
+    ASSERT_EQ(pool_->count, 4);
+    const auto at = [&](std::string_view text, std::size_t from = 0) {
+        return static_cast<uint32_t>(message_.find(text, from));
+    };
+    EXPECT_EQ(record(0).headerStart, 0u);
+    EXPECT_EQ(record(0).bodyStart, at("--b\r\n"));
+    EXPECT_EQ(record(0).bodyEnd, at("epilogue"));
+    EXPECT_STREQ(record(0).boundary, "--b");
+    EXPECT_EQ(record(1).headerStart, at("Content-Type: message"));
+    EXPECT_EQ(record(1).bodyStart, at("Subject"));
+    EXPECT_EQ(record(1).bodyEnd, record(2).bodyEnd) << "an enclosed message ends with its last part";
+    EXPECT_STREQ(record(1).boundary, "--b");
+    EXPECT_EQ(headers_of(2), "Subject: in//");
+    EXPECT_EQ(headers_of(3), "/");
+    EXPECT_EQ(record(3).bodyEnd, at("--b--"));
+    std::vector<int> kinds;
+    for (int i = 0; i < pool_->count; ++i) kinds.push_back(record(i).nodeKind);
+    EXPECT_THAT(kinds, ElementsAre(1, 1, 2, 2));
+
+    message_ = "MIME-Version: 1.0\r\nContent-Type: message/rfc822\r\n\r\nS: x\r\n\r\ny";
+    parse_message();
+    EXPECT_STREQ(record(0).boundary, "--VEL");
+    EXPECT_EQ(record(1).bodyEnd, message_.size());
+}
+
+TEST_F(ParserTest, files_that_cannot_be_parsed) {
+    mime_msg_pool* pool = reinterpret_cast<mime_msg_pool*>(this);
+    EXPECT_EQ(MimeParseMessage((directory() / "missing").c_str(), 1, &pool), -1);
+    EXPECT_EQ(pool, nullptr);
+    EXPECT_EQ(MimeParseMessage("", 1, &pool), -1);
+    EXPECT_EQ(MimeParseMessage(nullptr, 1, &pool), -1);
+    EXPECT_EQ(MimeParseMessage(directory().c_str(), 1, nullptr), -1);
+    EXPECT_EQ(ParseNonMimeMessage("", &pool), -1);
+    EXPECT_THAT(take_log(), ElementsAre());
+    EXPECT_EQ(ParseMimeMessage("", 1, &pool), -1);
+    EXPECT_EQ(ParseMimeMessage((directory() / "missing").c_str(), 1, &pool), -1);
+    EXPECT_EQ(ParseMimeMessage(directory().c_str(), 1, &pool), -1);
+    EXPECT_THAT(take_log(1), ElementsAre("ParseMimeMessage: filename not valid.",
+                                         "ParseMimeMessage: file cannot be read.", "ReadFile failed.", kReadFailed));
+    EXPECT_EQ(MimeParseMessage(directory().c_str(), 1, &pool), -1);
+    EXPECT_THAT(take_log(1), ElementsAre("ReadFile failed.", "getline failed.", "ReadFile failed.",
+                                         "ParseNonMimeMessage failed: getline failed."));
+}
+
+// Truncated anywhere, any message parses or is refused, and every body lies within the file.
+TEST_F(ParserTest, survives_truncation_at_every_byte) {
+    const std::string whole =
+        "MIME-Version: 1.0 (c)\r\nContent-Type: multipart/mixed;\r\n boundary=\"b\"\r\n\r\n--b\r\n"
+        "Content-Type: message/rfc822\r\n\r\nContent-Type: multipart/x; boundary=c\r\n\r\n--c\r\n\r\nbegin 1 f\r\n"
+        "end\r\n--c--\r\n--b\r\nContent-Disposition: a; filename=\"x\\\"\"\r\n\r\nx\r\n--b--\r\n";
+    for (std::size_t length = 0; length <= whole.size(); ++length) {
+        message_ = whole.substr(0, length);
+        const std::string result = parse_message();
+        EXPECT_EQ(result.find("past the end"), std::string::npos) << length << ": " << result;
+        take_log();
+    }
+    EXPECT_EQ(tree(*pool_, message_),
+              "multipart/mixed { message/rfc822 { multipart/x { - { x-embedded \"begin 1 f/end/\" } } } - \"x/\" }");
+}
+
+class HostileTest : public ParserTest {
+  protected:
+    HostileTest() : start_(std::chrono::steady_clock::now()) {}
+    // Quadratic work on these inputs takes minutes; sanitizers and valgrind cost a factor of ten.
+    ~HostileTest() override { EXPECT_LT(std::chrono::steady_clock::now() - start_, std::chrono::seconds(30)); }
+
+  private:
+    std::chrono::steady_clock::time_point start_;
+};
+
+TEST_F(HostileTest, a_hundred_thousand_parts) {
+    message_ = "MIME-Version: 1.0\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\n";
+    for (int i = 0; i < 100000; ++i) message_ += "--b\r\n\r\nx\r\n";
+    message_ += "--b--\r\n";
+    MimeParseMessage(file("message", message_).c_str(), 1, &pool_);
+    ASSERT_EQ(pool_->count, 100001);
+    EXPECT_EQ(record(0).numChildren, 65535);
+    EXPECT_EQ(record(100000).nodeKind, 2) << "a child, though unlinked";
+    EXPECT_EQ(record(100000).bodyEnd - record(100000).bodyStart, 3u);
+    int leaves = 1;
+    EXPECT_EQ(MimeGetNumLeafBodyParts(&record(0), &leaves), 0);
+    EXPECT_EQ(leaves, 65535);
+}
+
+TEST_F(HostileTest, ten_thousand_levels) {
+    std::string open = "MIME-Version: 1.0\r\n";
+    std::string close;
+    for (int i = 0; i < 10000; ++i) {
+        const std::string number = std::to_string(i);
+        open += "Content-Type: multipart/mixed; boundary=" + number + "x\r\n\r\n--" + number + "x\r\n";
+        if (i % 3 == 0) open += "Content-Type: message/rfc822\r\n\r\n";
+    }
+    for (int i = 9999; i >= 0; --i) close += "--" + std::to_string(i) + "x--\r\n";
+    message_ = open + "\r\nbody\r\n" + close;
+    MimeParseMessage(file("message", message_).c_str(), 1, &pool_);
+    ASSERT_EQ(pool_->count, 10000 + 3334 + 1);
+    EXPECT_EQ(record(0).bodyEnd, message_.size());
+    int leaves = 1;
+    int containers = 0;
+    MimeGetNumLeafBodyParts(&record(0), &leaves);
+    MimeGetNumMultipartHeaders(&record(0), &containers);
+    EXPECT_EQ(leaves, 1);
+    EXPECT_EQ(containers, 13334);
+}
+
+TEST_F(HostileTest, deep_comments_long_parameter_lists_and_one_giant_line) {
+    std::string header = "MIME-Version: 1.0 ";
+    for (int i = 0; i < 20000; ++i) header += std::string(40, '(') + "\r\n ";
+    for (int i = 0; i < 20000; ++i) header += std::string(40, ')') + "\r\n ";
+    message_ = header + "\r\nContent-Type: a/b";
+    for (int i = 0; i < 50000; ++i) message_ += ";\r\n p" + std::to_string(i) + "=\"v\"";
+    message_ += "\r\n\r\n" + std::string(8 << 20, 'x');
+    set("Gateway", "x", "y");
+    mime_msg_pool* pool = nullptr;
+    EXPECT_EQ(ParseMimeMessage(file("message", message_).c_str(), 1, &pool), 1);
+    ASSERT_NE(pool, nullptr);
+    int parameters = 0;
+    for (const ms* node = pool->items[0]->contentTypeParams; node; node = node->next) ++parameters;
+    EXPECT_EQ(parameters, 50000);
+    MimeFreeMessage(&pool);
+}
+
+TEST_F(HostileTest, many_open_levels_and_lines_that_look_like_delimiters) {
+    message_ = "MIME-Version: 1.0\r\n";
+    for (int i = 0; i < 1000; ++i) {
+        const std::string number = std::to_string(i);
+        message_ += "Content-Type: multipart/mixed; boundary=" + number + "x\r\n\r\n--" + number + "x\r\n";
+    }
+    message_ += "\r\n";
+    for (int i = 0; i < 70000; ++i) message_ += "--" + std::to_string(i) + "\r\n";
+    EXPECT_EQ(MimeParseMessage(file("message", message_).c_str(), 1, &pool_), 1000);
+    take_log();
+}
+
+TEST(PoolTest, levels_are_found_by_text) {
+    boundary_pool pool;
+    EXPECT_EQ(AddBoundaryNode(&pool, "", 0), -1);
+    for (const char* text : {"--a", "--B", "--a", "--c"}) AddBoundaryNode(&pool, text, 99);
+    EXPECT_EQ(GetMimeLevelFromBoundary(3, "--A", &pool, 0), 0) << "the lowest level, letter case aside";
+    EXPECT_EQ(GetMimeLevelFromBoundary(3, "--b", &pool, 1), 0) << "closing: the level around";
+    EXPECT_EQ(GetMimeLevelFromBoundary(2, "--c", &pool, 0), -1) << "above the highest";
+    AddBoundaryNode(&pool, "--d", 0);
+    EXPECT_EQ(GetMimeLevelFromBoundary(3, "--a", &pool, 0), 2);
+    AddBoundaryNode(&pool, "--D", 0);
+    EXPECT_STREQ(GetBoundaryFromPool(&pool, 0), "--D");
+    EXPECT_EQ(GetMimeLevelFromBoundary(3, "--d", &pool, 0), 0);
+    DelBoundaryNode(&pool, 2);
+    EXPECT_EQ(GetMimeLevelFromBoundary(3, "--a", &pool, 0), -1);
+    EXPECT_EQ(GetBoundaryFromPool(&pool, 2), nullptr);
+    FreeBoundaryPool(&pool);
+    EXPECT_EQ(GetBoundaryFromPool(&pool, 0), nullptr);
+}
+
+TEST(PoolTest, records_are_put_replaced_and_deleted) {
+    mime_msg_pool pool{};
+    for (int i = 0; i < 5; ++i) EXPECT_EQ(AddToMsgPool(&pool, AllocateNewMsg("p"), 100), 0);
+    MimeMsg* replaced = GetFromMsgPool(&pool, 1);
+    MimeMsg* replacement = AllocateNewMsg("q");
+    EXPECT_EQ(AddToMsgPool(&pool, replacement, 1), 0);
+    EXPECT_EQ(pool.count, 5);
+    EXPECT_EQ(GetFromMsgPool(&pool, 1), replacement);
+    FreeMsgTree(&replaced);
+    EXPECT_EQ(replaced, nullptr);
+    EXPECT_EQ(DelFromMsgPool(&pool, 5), -1);
+    EXPECT_EQ(DelFromMsgPool(&pool, 2), 0);
+    EXPECT_EQ(GetFromMsgPool(&pool, 2), nullptr);
+    EXPECT_EQ(GetFromMsgPool(&pool, -1), nullptr);
+    EXPECT_EQ(DelFromMsgPool(&pool, 0), 0);
+    EXPECT_EQ(pool.items, nullptr);
+    EXPECT_EQ(AllocateNewMsg(nullptr), nullptr);
+}
+
+// Freed without a call for each level; leaks and stack use show under the sanitizers.
+TEST(PoolTest, trees_of_any_depth_are_freed) {
+    MimeMsg* top = AllocateNewMsg("p");
+    MimeMsg* at = top;
+    for (int i = 0; i < 200000; ++i) {
+        MimeMsg* child = AllocateNewMsg("p");
+        ASSERT_EQ(AddMsgNodeToTree(at, child), 0);
+        AddMsgNodeToTree(at, AllocateNewMsg("p"));
+        at = child;
+    }
+    int containers = 0;
+    MimeGetNumMultipartHeaders(top, &containers);
+    EXPECT_EQ(containers, 200000);
+    FreeMsgTree(&top);
+    EXPECT_EQ(top, nullptr);
+    EXPECT_EQ(AddMsgNodeToTree(nullptr, nullptr), -1);
+}
+
+}  // namespace
+}  // namespace vel::test
