@@ -1,0 +1,141 @@
+#include <sys/ioctl.h>
+
+#include <chrono>
+#include <thread>
+
+#include "codec/byte_buffer.h"
+#include "tests/codec/codec_calls.h"
+
+namespace vel::test {
+namespace {
+
+// Every call that goes from handle to handle, and its result when it fails.
+struct Named {
+    const char* name;
+    std::function<int(int in, int out)> call;
+    int failed;
+};
+
+const Named kCalls[] = {
+    {"to64", to64, -1},
+    {"textToQp", textToQp, -1},
+    {"binaryToQp", binaryToQp, -1},
+    {"uuencode", [](int in, int out) { return uuencode(in, out, nullptr, nullptr); }, -1},
+    {"from64", [](int in, int out) { return from64(in, 300, out); }, -1},
+    {"fromqp", [](int in, int out) { return fromqp(in, 300, out); }, -1},
+    {"uudecode", [](int in, int out) { return uudecode(in, 0, out, nullptr); }, 0},
+};
+
+class HandleIo : public CodecTest {};
+
+TEST_F(HandleIo, failures_are_told) {
+    const int text =
+        CreateFile(file("text", "begin 644 n\r\n" + std::string(300, 'A') + "\r\n`\r\nend\r\n").c_str(), 1);
+    const int folder = CreateFile(directory().c_str(), 1);
+    const int out = CreateFile(file("out", "").c_str(), 2);
+    const int full = CreateFile("/dev/full", 1);  // reads zeros, and cannot be written
+    for (const auto& [name, call, failed] : kCalls) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(call(folder, out), failed) << "a read that fails";
+        EXPECT_EQ(call(-1, out), failed) << "no input";
+        SetFilePointer(text, 13, nullptr, SEEK_SET);
+        if (failed == 0) setfpos(text, 0);
+        EXPECT_EQ(call(text, -1), name == std::string("uuencode") ? 0 : failed) << "no output";
+    }
+    EXPECT_EQ(take_log(1).size(), 1U) << "the line reader tells of the folder";
+    for (const int handle : {text, folder, out, full}) CloseHandle(handle);
+}
+
+TEST_F(HandleIo, writes_that_fail_are_told) {
+    const std::string text = "begin 644 n\r\n" + std::string(300, 'A') + "\r\n`\r\nend\r\n";
+    for (const auto& [name, call, failed] : kCalls) {
+        const int in = CreateFile(file("in", text).c_str(), 1);
+        const int out = CreateFile("/dev/full", 2);
+        if (failed == -1) SetFilePointer(in, 13, nullptr, SEEK_SET);
+        EXPECT_EQ(call(in, out), name == std::string("uuencode") ? 0 : failed) << name;
+        CloseHandle(in);
+        CloseHandle(out);
+    }
+}
+
+TEST_F(HandleIo, uuencode_tells_a_failed_begin_line_from_other_failures) {
+    const auto encode = [](int in, int out) { return uuencode(in, out, "n", "644"); };
+    EXPECT_EQ(run(encode, "Cat", 5).result, 0);
+    EXPECT_EQ(run(encode, "Cat", 14).result, -1);
+}
+
+TEST_F(HandleIo, pipes_are_read_by_256_bytes) {
+    const std::string path = file("out", "");
+    const int out = CreateFile(path.c_str(), 2);
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    for (int i = 0; i < 200; ++i) ASSERT_EQ(::write(ends[1], "QUJD\r\n", 6), 6);
+    ::close(ends[1]);
+    EXPECT_EQ(from64(ends[0], 600, out), 1);
+    EXPECT_EQ(content(path).size(), 300U);
+    int left = 0;
+    EXPECT_EQ(::ioctl(ends[0], FIONREAD, &left), 0);
+    EXPECT_EQ(left, 1200 - 3 * 256);
+    EXPECT_EQ(textToQp(ends[0], out), -1) << "there is no size to take the count from";
+    EXPECT_EQ(from64(ends[0], left + 1, out), -1);
+    ::close(ends[0]);
+    CloseHandle(out);
+}
+
+TEST_F(HandleIo, short_reads_are_no_end) {
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    std::thread writer([&] {
+        for (int i = 0; i < 400; ++i) {
+            EXPECT_EQ(::write(ends[1], i % 2 ? "JD\r\n" : "QUJDQU", i % 2 ? 4 : 6), i % 2 ? 4 : 6);
+            std::this_thread::sleep_for(std::chrono::microseconds(20));
+        }
+        ::close(ends[1]);
+    });
+    const std::string path = file("out", "");
+    const int out = CreateFile(path.c_str(), 2);
+    EXPECT_EQ(from64(ends[0], 1000, out), 1);
+    EXPECT_EQ(content(path).size(), 600U);
+    EXPECT_EQ(to64(ends[0], out), 0);
+    writer.join();
+    ::close(ends[0]);
+    CloseHandle(out);
+}
+
+TEST_F(HandleIo, bytes_through_a_buffer) {
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    uint8_t buffer[4] = {};
+    int count = 0;
+    for (const char c : std::string("abcdef")) EXPECT_EQ(writeonechar(ends[1], c, buffer, sizeof buffer, &count), 0);
+    EXPECT_EQ(count, 2) << "written when a byte finds it full";
+    EXPECT_EQ(flushallchar(ends[1], buffer, &count), 0);
+    EXPECT_EQ(flushallchar(-1, buffer, &count), 0) << "nothing to do";
+    EXPECT_EQ(count, 0);
+    int index = 0;
+    std::string got;
+    const auto read = [&] { return getonechar(ends[0], buffer, sizeof buffer, &index); };
+    got += static_cast<char>(read());
+    EXPECT_EQ(index, 1);
+    for (int i = 1; i < 6; ++i) got += static_cast<char>(read());
+    ::close(ends[1]);
+    EXPECT_EQ(read(), -1) << "nothing of the block before is read";
+    EXPECT_EQ(got, "abcdef");
+    count = 4;
+    EXPECT_EQ(writeonechar(-1, 'x', buffer, sizeof buffer, &count), -1);
+    ::close(ends[0]);
+}
+
+TEST_F(HandleIo, outenc_writes_a_group) {
+    const std::string path = file("group", "");
+    const int out = CreateFile(path.c_str(), 2);
+    EXPECT_EQ(outenc('C', 'a', 't', out), 0);
+    EXPECT_EQ(outenc(0, 0, 0xFF, out), 0);
+    EXPECT_EQ(getfpos(out), 8);
+    CloseHandle(out);
+    EXPECT_EQ(content(path), "0V%T``#_");
+    EXPECT_EQ(outenc(0, 0, 0, -1), -1);
+}
+
+}  // namespace
+}  // namespace vel::test
