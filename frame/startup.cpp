@@ -3,7 +3,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
 
 #include "frame/log.h"
@@ -32,10 +31,10 @@ constexpr Setting<4095> kInstallDirectory{"Config", "InstallDirectory", ""};
 constexpr Setting<128> kDirectoryHost{"Ldap", "HostName", "localhost"};
 constexpr const char* kLeaveZoneAlone = "xxx";
 
+// Reads a setting into the global that keeps it; an unknown INI_MODE leaves the global as it is.
 template <std::size_t Size>
 void keep(char (&global)[Size], const Setting<Size>& setting) {
-    const SettingText<Size> text = read(setting);
-    std::memcpy(global, text.data(), text.size());
+    VELGetPrivateProfileString(setting.section, setting.key, setting.fallback, global, int{Size}, iniFileName);
 }
 
 void set_time_zone() {

@@ -196,7 +196,7 @@ VEL_API char* VELGetTempFileName(const char* directory, const char* prefix); /* 
 VEL_API int lockmsg(const char* path);
 VEL_API int unlockmsg(const char* path);
 
-/* Answers 0: the lock file is not consulted. -1 without memory. */
+/* Answers 0, always: the lock file is not consulted. */
 VEL_API int islocked(const char* path);
 
 /* Copies a file over another, after setting the process's umask to 007. Returns 0, always; a write
