@@ -1,0 +1,164 @@
+// Names and texts made from what a message says.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tools/parameters.h"
+#include "tools/part_name.h"
+#include "tools/safe_name.h"
+#include "tools/text_forms.h"
+#include "tools/utf8.h"
+
+namespace vel::command {
+namespace {
+
+struct Case {
+    std::string given, expected;
+};
+
+TEST(SafeName, LeavesNothingThatHarmsADirectory) {
+    const std::string long_stem(300, 'x');
+    std::string umlauts;
+    for (int i = 0; i < 150; ++i) umlauts += "\xc3\xa4";
+    const std::vector<Case> cases{
+        {"report.pdf", "report.pdf"},
+        {"../../etc/passwd", "passwd"},
+        {"C:\\Users\\me\\tax.xls", "tax.xls"},
+        {"/", ""},
+        {"..", ""},
+        {" . ", ""},
+        {".bashrc", "bashrc"},
+        {"-rf", "_rf"},
+        {"~root", "_root"},
+        {"a\x1b[2J\r\nb.txt", "a_[2J__b.txt"},
+        {std::string("a\0b", 3), "a_b"},
+        {"what?*<me>:\"|.doc", "what__me____.doc"},
+        {"CON", "_CON"},
+        {"nul.txt", "_nul.txt"},
+        {"lpt1.prn", "_lpt1.prn"},
+        {"console.txt", "console.txt"},
+        {"com10.txt", "com10.txt"},
+        {"trailing. . ", "trailing"},
+        {"Gr\xc3\xbc\xc3\x9f.txt", "Gr\xc3\xbc\xc3\x9f.txt"},
+        {"Gr\xfc\xdf.txt", "Gr__.txt"},
+        {"evil\xe2\x80\xaegpj.exe", "evil_gpj.exe"},
+        {long_stem + ".pdf", std::string(196, 'x') + ".pdf"},
+        {"a." + long_stem, "a." + std::string(198, 'x')},
+        {umlauts + ".txt", umlauts.substr(0, 196) + ".txt"},
+        {"x" + umlauts, "x" + umlauts.substr(0, 198)},
+    };
+    for (const Case& c : cases) EXPECT_EQ(safe_name(c.given), c.expected) << visible(c.given);
+}
+
+TEST(SafeName, PutsNumbersBeforeTheExtension) {
+    EXPECT_EQ(numbered("report.pdf", 2), "report-2.pdf");
+    EXPECT_EQ(numbered("README", 12), "README-12");
+}
+
+// What the help tells a reader of the JSON to do.
+std::string bytes_of(std::string_view text) {
+    std::string bytes;
+    for_each_character(text, [&](char32_t code, std::string_view encoded) {
+        if (code >= 0xF780 && code <= 0xF7FF) {
+            bytes += static_cast<char>(code - 0xF700);
+        } else {
+            bytes += encoded;
+        }
+    });
+    return bytes;
+}
+
+TEST(JsonText, IsUtf8AndLosesNoByte) {
+    std::string all;
+    for (int byte = 1; byte < 256; ++byte) all += static_cast<char>(byte);
+    const std::vector<std::string> texts{
+        "plain",
+        "Gr\xc3\xbc\xc3\x9f",                                           // UTF-8 stays
+        "caf\xe9",                                                      // Latin-1
+        "\xef\x9e\x80 and \xef\x9f\xbf",                                // the private characters themselves
+        "\xc0\xaf \xed\xa0\x80 \xf4\x90\x80\x80 \xf8\x88\x80\x80\x80",  // overlong, surrogate, too high, five bytes
+        "cut \xe2\x82",
+        "\xf0\x9f\x93\x8e",
+        all,
+        all + all,
+    };
+    for (const std::string& text : texts) {
+        const std::string shown = json_text(text);
+        for_each_character(shown, [](char32_t code, std::string_view) { EXPECT_NE(code, kNotUtf8); });
+        EXPECT_EQ(bytes_of(shown), text) << visible(text);
+    }
+    EXPECT_EQ(json_text("Gr\xc3\xbc\xc3\x9f"), "Gr\xc3\xbc\xc3\x9f");
+    EXPECT_EQ(json_text("caf\xe9"), "caf\xef\x9f\xa9");
+}
+
+TEST(Visible, KeepsTextFromSteeringATerminal) {
+    const std::vector<Case> cases{
+        {"plain \xc3\xbc", "plain \xc3\xbc"},
+        {"\x1b]0;title\x07", "\\x1b]0;title\\x07"},
+        {"a\r\n\tb", "a\\r\\n\\tb"},
+        {"\xc2\x9b"
+         "31m",
+         "\\u009b31m"},
+        {"\xe2\x80\xae"
+         "fdp",
+         "\\u202efdp"},
+        {"back\\slash \x7f\xff", "back\\\\slash \\x7f\\xff"},
+    };
+    for (const Case& c : cases) EXPECT_EQ(visible(c.given), c.expected);
+}
+
+// A chain whose texts live as long as it does.
+struct Chain {
+    explicit Chain(std::vector<std::string> given) : texts(std::move(given)), nodes(texts.size()) {
+        for (std::size_t i = 0; i < nodes.size(); ++i) {
+            nodes[i] = {texts[i].data(), i + 1 < nodes.size() ? &nodes[i + 1] : nullptr};
+        }
+    }
+    std::vector<std::string> texts;
+    std::vector<ms> nodes;
+};
+
+TEST(Parameter, ReadsPlainAndExtendedValues) {
+    struct Row {
+        std::vector<std::string> chain;
+        std::string expected;
+    };
+    const std::vector<Row> rows{
+        {{"filename=\"two words.txt\""}, "two words.txt"},
+        {{"x=1", "FileName = plain.txt\r"}, "plain.txt"},
+        {{"filename=first", "filename=second"}, "first"},
+        {{"filename=fallback", "filename*=UTF-8''na%C3%AFve%20plan.txt"}, "na\xc3\xafve plan.txt"},
+        {{"filename*0=\"long \"", "filename*1*=n%61me", "filename*2=\".txt\""}, "long name.txt"},
+        {{"filename*0*=us-ascii'en'a%2", "filename*1=b", "filename*3=lost"}, "a%2b"},
+        {{"filename=\""}, "\""},
+        {{"filename"}, "none"},
+    };
+    for (const Row& row : rows) {
+        const Chain chain(row.chain);
+        EXPECT_EQ(parameter(chain.nodes.data(), "filename").value_or("none"), row.expected);
+    }
+    EXPECT_FALSE(parameter(nullptr, "filename"));
+}
+
+TEST(PartName, PrefersTheDispositionAndFitsTheType) {
+    const Chain disposition({"filename=\"\""}), type({"name=n.gif"});
+    std::string true_name = "t.bin", image = "IMAGE", jpeg = "Jpeg", text = "text", odd = "x-odd";
+    MimeMsg record{};
+    EXPECT_FALSE(given_name(record));
+    EXPECT_EQ(extension_of(record), ".txt");
+    record.trueName = true_name.data();
+    EXPECT_EQ(given_name(record), "t.bin");
+    record.contentTypeParams = const_cast<ms*>(type.nodes.data());
+    record.contentDispositionParams = const_cast<ms*>(disposition.nodes.data());
+    EXPECT_EQ(given_name(record), "n.gif");
+    record.contentType = image.data();
+    record.contentSubtype = jpeg.data();
+    EXPECT_EQ(extension_of(record), ".jpg");
+    record.contentType = text.data();
+    record.contentSubtype = odd.data();
+    EXPECT_EQ(extension_of(record), ".txt");
+}
+
+}  // namespace
+}  // namespace vel::command

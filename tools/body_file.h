@@ -1,0 +1,29 @@
+// The body of one entity as a file.
+#ifndef VEL_TOOLS_BODY_FILE_H
+#define VEL_TOOLS_BODY_FILE_H
+
+#include "tools/library_owned.h"
+
+namespace vel::command {
+
+enum class Form {
+    decoded,     // of a text with embedded files, the text around them
+    whole_text,  // as decoded, but with embedded files left in
+    raw,         // header block and body as stored
+};
+
+struct BodyFile {
+    ResultFile file;
+    bool decoded;  // false: the body calls for a decoding that has failed, or was not asked for
+};
+
+// Writes a body into the private directory; the record learns its true name. Throws Failure when it cannot
+// be written.
+BodyFile write_body(MimeMsg& record, Form form);
+
+// The size of a file that write_body has made.
+uint64_t size_of(const ResultFile& file);
+
+}  // namespace vel::command
+
+#endif

@@ -1,0 +1,48 @@
+// The directory that extracted files go to.
+#ifndef VEL_TOOLS_DESTINATION_H
+#define VEL_TOOLS_DESTINATION_H
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <string>
+#include <unordered_map>
+
+#include "tools/scratch.h"
+
+namespace vel::command {
+
+// Of one run.
+struct Limits {
+    uint64_t bytes = std::numeric_limits<uint64_t>::max();
+    uint64_t files = std::numeric_limits<uint64_t>::max();
+};
+
+class Destination {
+  public:
+    // Makes the directory when it is missing and has the private directory made below it, so that a
+    // finished file is moved into place: there is never half of one. Throws Failure.
+    Destination(const std::string& directory, const Limits& left, Scratch& scratch);
+
+    // Whether the limits leave room for another file of a size.
+    bool has_room(uint64_t size) const { return left_.files > 0 && size <= left_.bytes; }
+
+    // Moves a file into the directory under a safe name; a number is added when the name is taken, nothing
+    // is ever overwritten. Returns the path. Throws Failure.
+    std::string place(const std::string& name, const char* file, uint64_t size);
+
+  private:
+    std::string reserve(const std::string& name);
+
+    std::string directory_;
+    Limits left_;
+    Scratch& scratch_;
+    mode_t mode_;                                             // of new files, as the umask has it
+    std::unordered_map<std::string, unsigned> last_numbers_;  // given to each name so far
+};
+
+}  // namespace vel::command
+
+#endif

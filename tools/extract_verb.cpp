@@ -1,0 +1,157 @@
+// vel extract: the bodies of messages as files.
+#include <unistd.h>
+
+#include <nlohmann/json.hpp>
+
+#include "tools/blocks.h"
+#include "tools/command_line.h"
+#include "tools/draw_tree.h"
+#include "tools/extraction.h"
+#include "tools/message_json.h"
+#include "tools/output.h"
+#include "tools/table.h"
+#include "tools/text_forms.h"
+
+namespace vel::command {
+namespace {
+
+const std::string kFooter =
+    std::string(
+        "Example:\n"
+        "  vel extract message.eml -o parts\n"
+        "\n"
+        "Every body that is not a container's is written, decoded, under the name that the message gives it, made\n"
+        "safe: no path, no control characters, no device names, at most 200 bytes. Without a name it is part-N with\n"
+        "an extension for its type, N being the index that vel parse shows. A name that is taken gets a number;\n"
+        "nothing is overwritten. A text is written without the files embedded in it, which are written too. What\n"
+        "belongs to no entity (vel parse --help) becomes uncovered-N.eml. A body that does not decode is written as\n"
+        "it stands, and said so.\n"
+        "\n"
+        "Messages that the library refuses are read as vel parse reads them, with exit code 65. When a limit leaves\n"
+        "something out, the exit code is 73.\n"
+        "\n"
+        "The JSON object: file, mime, normalized, fallback, messages (level, text), uncovered (start, end), files,\n"
+        "left_out (how many the limits left out). A file: part (null: uncovered bytes), path, size, type, name (in\n"
+        "the message), true_name (in a uuencoded or BinHex body), decoded.\n"
+        "\n") +
+    kAboutJsonTexts;
+
+struct Options {
+    std::string directory;
+    std::optional<int> part;
+    bool raw = false;
+    bool whole_text = false;
+    bool to_stdout = false;
+    Limits limits;
+
+    Form form() const { return raw ? Form::raw : whole_text ? Form::whole_text : Form::decoded; }
+};
+
+void declare(CLI::App& app, Options& options) {
+    auto* directory = app.add_option("-o,--output", options.directory, "Directory to write to, made when missing");
+    auto* part = app.add_option("--part", options.part, "Write this part only, any kind, by its index");
+    auto* raw = app.add_flag("--raw", options.raw, "Write header block and body as stored, undecoded");
+    app.add_flag("--whole-text", options.whole_text, "Leave embedded files in their text too")->excludes(raw);
+    app.add_flag("--stdout", options.to_stdout, "Write the part to standard output")->needs(part)->excludes(directory);
+    app.add_option("--max-bytes", options.limits.bytes, "Write at most so many bytes in all (K, M, G: powers of 1024)")
+        ->transform(CLI::AsSizeValue(false));
+    app.add_option("--max-files", options.limits.files, "Write at most so many files in all");
+    directory->type_name("DIR");
+    part->type_name("N");
+}
+
+// Empty when the options go together.
+std::string misuse(const Options& options, const CommandLine& line) {
+    if (options.to_stdout && line.json) return "--stdout excludes --json";
+    if (options.to_stdout && line.files.size() > 1) return "--stdout takes one FILE";
+    if (!options.to_stdout && options.directory.empty()) return "-o DIR is required";
+    return {};
+}
+
+Json file_json(const Written& file) {
+    const auto text = [](const std::optional<std::string>& value) { return value ? Json(json_text(*value)) : Json(); };
+    return {
+        {"part", file.part ? Json(*file.part) : Json()},
+        {"path", json_text(file.path)},
+        {"size", file.size},
+        {"type", json_text(file.type)},
+        {"name", text(file.name)},
+        {"true_name", text(file.true_name)},
+        {"decoded", file.decoded},
+    };
+}
+
+void print_json(const ParsedMessage& message, const Extraction& extraction, Output& output) {
+    Json object = message_facts(message);
+    object["uncovered"] = ranges_json(message.uncovered);
+    object["files"] = Json::array();
+    for (const Written& file : extraction.files) object["files"].push_back(file_json(file));
+    object["left_out"] = extraction.left_out;
+    output.write(one_line(object).append("\n"));
+}
+
+void print_table(const ParsedMessage& message, const Extraction& extraction, Output& output) {
+    using enum Table::Align;
+    output.write(heading_of(message).append("\n"));
+    Table table({{"part", right}, {"size", right}, {"type"}, {"file"}, {"name in the message"}});
+    for (const Written& file : extraction.files) {
+        table.add({file.part ? std::to_string(*file.part) : "-", std::to_string(file.size), visible(file.type),
+                   visible(file.path), file.name ? visible(*file.name) : "-"});
+    }
+    table.print(output);
+}
+
+void complain_about(const ParsedMessage& message, const Extraction& extraction, Form form) {
+    for (const Written& file : extraction.files) {
+        if (file.decoded || !file.part || form == Form::raw) continue;
+        complain(message.name, "part " + std::to_string(*file.part) + " does not decode; written as it stands");
+    }
+    if (extraction.left_out > 0) {
+        complain(message.name,
+                 std::to_string(extraction.left_out) + " more not written, --max-bytes or --max-files is reached");
+    }
+}
+
+void print_body(const ParsedMessage& message, const Options& options, Output& output) {
+    MimeMsg& record = wanted_part(message, *options.part);
+    const BodyFile body = write_body(record, options.form());
+    if (!body.decoded && !options.raw) complain(message.name, "the part does not decode; written as it stands");
+    for_each_block(open_for_reading(body.file.get()).get(), [&](std::string_view block) {
+        output.write(block);
+        return true;
+    });
+}
+
+}  // namespace
+
+Exit run_extract(Arguments arguments, Session& session) {
+    CommandLine line("extract", "Writes the bodies of messages into files, decoded.", kFooter);
+    Options options;
+    declare(line.app(), options);
+    if (const auto exit = line.read(std::move(arguments))) return *exit;
+    if (const std::string wrong = misuse(options, line); !wrong.empty()) {
+        complain({}, wrong);
+        return Exit::usage;
+    }
+    std::optional<Destination> destination;
+    if (!options.to_stdout) destination.emplace(options.directory, options.limits, session.scratch);
+    const std::string temporary = session.scratch.directory();
+    const SettingInForce library_writes_there("Gateway", "TemporaryDirectory", temporary.c_str());
+    Output output(STDOUT_FILENO);
+    return for_each_file(line.files, [&](const std::string& file) {
+        const ParsedMessage message = parse_message(file, line.parse_options, session);
+        Exit exit = message.fallback == Fallback::none ? Exit::success : Exit::bad_data;
+        if (options.to_stdout) {
+            print_body(message, options, output);
+        } else {
+            const Extraction extraction = extract(message, options.part, options.form(), *destination, session);
+            complain_about(message, extraction, options.form());
+            line.json ? print_json(message, extraction, output) : print_table(message, extraction, output);
+            if (extraction.left_out > 0) exit = worse(exit, Exit::cannot_create);
+        }
+        output.flush();
+        return exit;
+    });
+}
+
+}  // namespace vel::command

@@ -1,0 +1,40 @@
+// Writing the bodies of one message into a directory.
+#ifndef VEL_TOOLS_EXTRACTION_H
+#define VEL_TOOLS_EXTRACTION_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tools/body_file.h"
+#include "tools/destination.h"
+#include "tools/message.h"
+
+namespace vel::command {
+
+// One file that was written.
+struct Written {
+    std::optional<int> part;  // nothing: an uncovered range
+    std::string path;
+    uint64_t size;
+    std::string type;
+    std::optional<std::string> name;       // in the message, as it stands there
+    std::optional<std::string> true_name;  // in a uuencoded or BinHex body
+    bool decoded;
+};
+
+struct Extraction {
+    std::vector<Written> files;
+    int left_out = 0;  // for which the limits left no room
+};
+
+// Writes one part, or every one that has content and all uncovered ranges. Throws Failure.
+Extraction extract(const ParsedMessage& message, std::optional<int> part, Form form, Destination& destination,
+                   Session& session);
+
+// The pool index of a part that was asked for. Throws Failure when the message has none of that number.
+MimeMsg& wanted_part(const ParsedMessage& message, int part);
+
+}  // namespace vel::command
+
+#endif

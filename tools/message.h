@@ -1,0 +1,57 @@
+// One message of the command line, parsed as well as it can be.
+#ifndef VEL_TOOLS_MESSAGE_H
+#define VEL_TOOLS_MESSAGE_H
+
+#include <string>
+#include <vector>
+
+#include "tools/input.h"
+#include "tools/journal.h"
+#include "tools/library_owned.h"
+#include "tools/scratch.h"
+#include "tools/tree.h"
+
+namespace vel::command {
+
+// How a message that the library refuses was read in the end.
+enum class Fallback {
+    none,
+    lenient,   // with the tolerant parameter grammars
+    repaired,  // a copy without the refused header fields
+    flat,      // as a message that is not MIME
+};
+
+// Null for none.
+const char* name_of(Fallback fallback);
+
+struct ParsedMessage {
+    std::string name;  // as given
+    Input input;       // offsets are those of input.path
+    Pool pool;
+    Tree tree;
+    bool mime;
+    Fallback fallback;
+    std::vector<LogLine> messages;  // of the first attempt and of the one that succeeded
+    std::vector<Range> uncovered;
+
+    MimeMsg& record(int index) const { return *pool->items[index]; }
+};
+
+struct ParseOptions {
+    bool nested = true;       // look into enclosed messages
+    int level = kErrorLevel;  // log lines up to this level are shown
+};
+
+// What all files of one run share. One a thread.
+struct Session {
+    Scratch& scratch;
+    Journal& journal;
+};
+
+// Opens and parses a message, says on standard error what was wrong with it and what was done about it.
+// Throws Failure when nothing can be read.
+ParsedMessage parse_message(const std::string& name, const ParseOptions& options, Session& session);
+
+}  // namespace vel::command
+
+#endif

@@ -1,0 +1,31 @@
+// Standard output, written in blocks and with every failure noticed; messages on standard error.
+#ifndef VEL_TOOLS_OUTPUT_H
+#define VEL_TOOLS_OUTPUT_H
+
+#include <string>
+#include <string_view>
+
+namespace vel::command {
+
+// The reader of standard output has gone: no failure, but nothing is left to do.
+struct BrokenPipe {};
+
+class Output {
+  public:
+    explicit Output(int fd) : fd_(fd) {}
+
+    // Both throw BrokenPipe, or Failure for any other error.
+    void write(std::string_view bytes);
+    void flush();
+
+  private:
+    int fd_;
+    std::string waiting_;
+};
+
+// Writes "vel: name: text", escaped, to standard error; "vel: text" without a name.
+void complain(std::string_view name, std::string_view text);
+
+}  // namespace vel::command
+
+#endif

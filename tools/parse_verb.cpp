@@ -1,0 +1,53 @@
+// vel parse: the entities of messages.
+#include <unistd.h>
+
+#include "tools/command_line.h"
+#include "tools/draw_tree.h"
+#include "tools/message_json.h"
+#include "tools/output.h"
+
+namespace vel::command {
+namespace {
+
+const std::string kFooter =
+    std::string(
+        "Example:\n"
+        "  vel parse --json message.eml | jq '.parts[] | {index, type, subtype, body_start, body_end}'\n"
+        "\n"
+        "A message whose header lines end in bare LF is read from a copy with CR LF (\"normalized\"). One that the\n"
+        "library refuses is tried again, with exit code 65: with the lenient parameter grammar (\"lenient\"), from a\n"
+        "copy without the header fields that are refused (\"repaired\"), as a message that is not MIME (\"flat\").\n"
+        "Offsets are those of the copy.\n"
+        "\n"
+        "\"uncovered\" are bytes that belong to no entity: a last part that no delimiter ends, and parts behind a\n"
+        "delimiter line that ended the parse. Delimiter lines, preambles and epilogues are not counted. A range\n"
+        "begins at the part's first header line.\n"
+        "\n"
+        "The JSON object: file, mime, normalized, fallback, messages (level, text), count, leaves, multiparts,\n"
+        "uncovered (start, end), parts. A part: index, parent, depth, kind (0 not placed, 1 container or body that\n"
+        "runs to the end of the file, 2 child), mime_version, type, subtype, encoding, disposition, id,\n"
+        "description, params, disposition_params, boundary, header_start, body_start, body_end, children. What is\n"
+        "absent is null; an end is the offset behind the last byte.\n"
+        "\n") +
+    kAboutJsonTexts;
+
+}  // namespace
+
+Exit run_parse(Arguments arguments, Session& session) {
+    CommandLine line("parse", "Shows the entities of messages: types, encodings, byte ranges, file names.", kFooter);
+    if (const auto exit = line.read(std::move(arguments))) return *exit;
+    Output output(STDOUT_FILENO);
+    const Exit worst = for_each_file(line.files, [&](const std::string& file) {
+        const ParsedMessage message = parse_message(file, line.parse_options, session);
+        if (line.json) {
+            write_json(message, output);
+        } else {
+            draw_tree(message, output);
+        }
+        output.flush();
+        return message.fallback == Fallback::none ? Exit::success : Exit::bad_data;
+    });
+    return worst;
+}
+
+}  // namespace vel::command

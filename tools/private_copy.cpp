@@ -1,0 +1,100 @@
+#include "tools/private_copy.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <limits>
+
+#include "tools/blocks.h"
+
+namespace vel::command {
+namespace {
+
+constexpr mode_t kPrivate = 0600;
+constexpr uint32_t kFileEnd = std::numeric_limits<uint32_t>::max();
+
+// A new private file that is written from its start.
+class Copy {
+  public:
+    explicit Copy(Scratch& scratch)
+        : file_(scratch.new_path()),
+          fd_(::open(file_.path().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kPrivate)) {
+        if (!fd_) throw Failure::of_system_call(Exit::cannot_create, file_.path());
+    }
+
+    void write(std::string_view bytes) {
+        size_ += bytes.size();
+        if (is_too_large(size_)) throw_too_large();
+        if (!write_all(fd_.get(), bytes)) throw Failure::of_system_call(Exit::io_error, file_.path());
+    }
+
+    // The end of the file ends the range too.
+    void write_range(int from, Range range) {
+        if (::lseek(from, range.start, SEEK_SET) == -1) throw Failure::of_system_call(Exit::io_error, "");
+        while (range.start < range.end) {
+            const ssize_t got = read_block(from, block_.get(), std::min<std::size_t>(kBlock, range.end - range.start));
+            if (got < 0) throw Failure::of_system_call(Exit::io_error, "");
+            if (got == 0) return;
+            write({block_.get(), static_cast<std::size_t>(got)});
+            range.start += static_cast<uint32_t>(got);
+        }
+    }
+
+    PrivateFile finish() { return std::move(file_); }
+
+  private:
+    PrivateFile file_;
+    Descriptor fd_;
+    std::unique_ptr<char[]> block_ = std::make_unique<char[]>(kBlock);
+    uint64_t size_ = 0;
+};
+
+}  // namespace
+
+PrivateFile copy_stream(int fd, Scratch& scratch) {
+    Copy copy(scratch);
+    for_each_block(fd, [&](std::string_view block) {
+        copy.write(block);
+        return true;
+    });
+    return copy.finish();
+}
+
+PrivateFile copy_with_line_ends(const std::string& path, Scratch& scratch) {
+    const Descriptor from = open_for_reading(path);
+    Copy copy(scratch);
+    char last = '\0';
+    std::string converted;
+    for_each_block(from.get(), [&](std::string_view block) {
+        converted.clear();
+        for (const char c : block) {
+            if (c == '\n' && last != '\r') converted += '\r';
+            converted += last = c;
+        }
+        copy.write(converted);
+        return true;
+    });
+    return copy.finish();
+}
+
+PrivateFile copy_range(Range range, const std::string& path, Scratch& scratch) {
+    const Descriptor from = open_for_reading(path);
+    Copy copy(scratch);
+    copy.write_range(from.get(), range);
+    return copy.finish();
+}
+
+PrivateFile copy_without(const std::vector<Range>& ranges, const std::string& path, Scratch& scratch) {
+    const Descriptor from = open_for_reading(path);
+    Copy copy(scratch);
+    uint32_t position = 0;
+    for (const Range& range : ranges) {
+        if (range.start > position) copy.write_range(from.get(), {position, range.start});
+        position = std::max(position, range.end);
+    }
+    copy.write_range(from.get(), {position, kFileEnd});
+    return copy.finish();
+}
+
+}  // namespace vel::command
