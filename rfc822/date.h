@@ -27,6 +27,10 @@ constexpr bool is_known_year(int32_t year) { return year >= kFirstYear && year <
 // Bytes of a caller's buffer for a date's text, its NUL included.
 constexpr std::size_t kDateTextSize = 64;
 
+// Bytes of ctime's text, its line feed and NUL included. A time whose year has more than four digits
+// has none.
+constexpr std::size_t kCtimeTextSize = 26;
+
 // The system's offset without daylight saving time, in seconds west of UTC.
 long seconds_west_of_utc();
 

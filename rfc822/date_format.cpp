@@ -1,8 +1,11 @@
 // Writes dates (RFC 822 section 5.1, years in four digits after RFC 1123 section 5.2.14).
 #include <time.h>
 
-#include <cstdio>
+#include <algorithm>
+#include <charconv>
 #include <cstdlib>
+#include <iterator>
+#include <string_view>
 
 #include "frame/log.h"
 #include "rfc822/calendar.h"
@@ -14,9 +17,30 @@ namespace {
 
 constexpr char kLogName[] = "ParseDate";
 
-// A signed number's text of up to 11 characters, twice, behind a sign.
-constexpr std::size_t kZoneTextSize = 24;
-constexpr std::size_t kSecondsTextSize = 16;
+// Writes into a caller's buffer for a date; what does not fit is cut.
+class DateText {
+  public:
+    explicit DateText(char* output) : at_(output), last_(output + kDateTextSize - 1) { *at_ = '\0'; }
+
+    DateText& text(std::string_view text) {
+        at_ = std::copy_n(text.begin(), std::min<std::ptrdiff_t>(std::ssize(text), last_ - at_), at_);
+        *at_ = '\0';
+        return *this;
+    }
+    DateText& number(long value) {
+        char digits[24];  // a long's, with its sign
+        const auto end = std::to_chars(std::begin(digits), std::end(digits), value).ptr;
+        return text({digits, static_cast<std::size_t>(end - digits)});
+    }
+    DateText& two_digits(long value) {
+        if (value >= 0 && value <= 9) text("0");
+        return number(value);
+    }
+
+  private:
+    char* at_;
+    char* last_;
+};
 
 // Completes a year of two digits in the record; false for a year that no date has.
 bool fix_year(UTCtime& time) {
@@ -33,16 +57,20 @@ bool fix_year(UTCtime& time) {
     return true;
 }
 
+// "Www, d Mmm yyyy hh:mm"
+DateText start(char* output, const char* weekday, int day, const char* month, int year, int hour, int minute) {
+    DateText out(output);
+    out.text(weekday).text(", ").number(day).text(" ").text(month).text(" ").number(year);
+    out.text(" ").two_digits(hour).text(":").two_digits(minute);
+    return out;
+}
+
 void format(const UTCtime& time, char* output) {
-    char zone[kZoneTextSize] = "+0000";
-    if (time.flags & kZoneGiven) {
-        std::snprintf(zone, sizeof zone, "%c%02d%02d", time.zone >= 0 ? '+' : '-', std::abs(time.zone / 60),
-                      std::abs(time.zone % 60));
-    }
-    char seconds[kSecondsTextSize] = "";
-    if (time.flags & kSecondsGiven) std::snprintf(seconds, sizeof seconds, ":%02d", time.second);
-    std::snprintf(output, kDateTextSize, "%s, %d %s %d %02d:%02d%s %s", Day[makewkday(&time)].keyword, time.day,
-                  rcmd_srch(time.month - 1, tbl_month), time.year, time.hour, time.minute, seconds, zone);
+    DateText out = start(output, Day[makewkday(&time)].keyword, time.day, rcmd_srch(time.month - 1, tbl_month),
+                         time.year, time.hour, time.minute);
+    if (time.flags & kSecondsGiven) out.text(":").two_digits(time.second);
+    const int zone = time.flags & kZoneGiven ? time.zone : 0;
+    out.text(zone >= 0 ? " +" : " -").two_digits(std::abs(zone / 60)).two_digits(std::abs(zone % 60));
 }
 
 // Seconds west of UTC at a local time.
@@ -74,13 +102,17 @@ int time_t2rfc822date(time_t time, char* output) {
     if (!output) return -1;
     *output = '\0';
     struct tm local;
-    char ctime_text[26];  // a time with a year of more than four digits has none
+    char ctime_text[vel::kCtimeTextSize];
     if (!::localtime_r(&time, &local) || !::asctime_r(&local, ctime_text)) return -1;
     const long west = vel::offset_of(local);
     const long offset = std::labs(west);
-    std::snprintf(output, vel::kDateTextSize, "%s, %d %s %d %02d:%02d:%02d %c%02ld%02ld", DaysOfWeek[local.tm_wday],
-                  local.tm_mday, MonthsOfYear[local.tm_mon], local.tm_year + 1900, local.tm_hour, local.tm_min,
-                  local.tm_sec, west < 1 ? '+' : '-', offset / 3600, offset % 3600 / 60);
+    vel::start(output, DaysOfWeek[local.tm_wday], local.tm_mday, MonthsOfYear[local.tm_mon], local.tm_year + 1900,
+               local.tm_hour, local.tm_min)
+        .text(":")
+        .two_digits(local.tm_sec)
+        .text(west < 1 ? " +" : " -")
+        .two_digits(offset / 3600)
+        .two_digits(offset % 3600 / 60);
     return 0;
 }
 

@@ -2,6 +2,8 @@
 
 #include <time.h>
 
+#include "rfc822/date.h"
+
 namespace vel {
 namespace {
 
@@ -51,7 +53,7 @@ ChainTail& tail_of(std::optional<ChainTail>& tail, ms*& chain) {
 // The current time, as its ctime text reads; null when it has none or its year is not known to dates.
 UTCtime* current_time() {
     const time_t now = ::time(nullptr);
-    char text[26];
+    char text[kCtimeTextSize];
     UTCtime* time = nullptr;
     if (::ctime_r(&now, text)) ctime2UTC(text, &time);
     return time;
