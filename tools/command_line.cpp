@@ -18,7 +18,8 @@ CommandLine::CommandLine(const std::string& verb, const std::string& description
     app_.footer(footer);
     app_.add_option("FILE", files, "Messages; \"-\" is standard input")->required()->type_name("");
     app_.add_flag("--json", json, "One object a file, on one line");
-    app_.add_flag("!--no-nested", parse_options.nested, "Leave enclosed messages (message/rfc822) whole");
+    app_.add_flag_callback(
+        "--no-nested", [this] { parse_options.nested = false; }, "Leave enclosed messages (message/rfc822) whole");
     app_.add_flag_callback(
         "-v,--verbose", [this] { parse_options.level = kEveryLevel; },
         "Show all that the library says, not only what is wrong");

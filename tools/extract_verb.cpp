@@ -53,9 +53,10 @@ void declare(CLI::App& app, Options& options) {
     auto* raw = app.add_flag("--raw", options.raw, "Write header block and body as stored, undecoded");
     app.add_flag("--whole-text", options.whole_text, "Leave embedded files in their text too")->excludes(raw);
     app.add_flag("--stdout", options.to_stdout, "Write the part to standard output")->needs(part)->excludes(directory);
-    app.add_option("--max-bytes", options.limits.bytes, "Write at most so many bytes in all (K, M, G: powers of 1024)")
-        ->transform(CLI::AsSizeValue(false));
-    app.add_option("--max-files", options.limits.files, "Write at most so many files in all");
+    app.add_option("--max-bytes", options.limits.bytes, "Write at most so many bytes in all; K, M, G: powers of 1024")
+        ->transform(CLI::AsSizeValue(false))
+        ->type_name("SIZE");
+    app.add_option("--max-files", options.limits.files, "Write at most so many files in all")->type_name("N");
     directory->type_name("DIR");
     part->type_name("N");
 }
@@ -74,7 +75,7 @@ Json file_json(const Written& file) {
         {"part", file.part ? Json(*file.part) : Json()},
         {"path", json_text(file.path)},
         {"size", file.size},
-        {"type", json_text(file.type)},
+        {"type", file.part ? Json(json_text(file.type)) : Json()},
         {"name", text(file.name)},
         {"true_name", text(file.true_name)},
         {"decoded", file.decoded},

@@ -26,7 +26,8 @@ class Copy {
     void write(std::string_view bytes) {
         size_ += bytes.size();
         if (is_too_large(size_)) throw_too_large();
-        if (!write_all(fd_.get(), bytes)) throw Failure::of_system_call(Exit::io_error, file_.path());
+        waiting_ += bytes;
+        if (waiting_.size() >= kBlock) flush();
     }
 
     // The end of the file ends the range too.
@@ -41,11 +42,20 @@ class Copy {
         }
     }
 
-    PrivateFile finish() { return std::move(file_); }
+    PrivateFile finish() {
+        flush();
+        return std::move(file_);
+    }
 
   private:
+    void flush() {
+        if (!write_all(fd_.get(), waiting_)) throw Failure::of_system_call(Exit::io_error, file_.path());
+        waiting_.clear();
+    }
+
     PrivateFile file_;
     Descriptor fd_;
+    std::string waiting_;
     std::unique_ptr<char[]> block_ = std::make_unique<char[]>(kBlock);
     uint64_t size_ = 0;
 };
@@ -64,15 +74,18 @@ PrivateFile copy_stream(int fd, Scratch& scratch) {
 PrivateFile copy_with_line_ends(const std::string& path, Scratch& scratch) {
     const Descriptor from = open_for_reading(path);
     Copy copy(scratch);
-    char last = '\0';
-    std::string converted;
+    bool after_cr = false;
     for_each_block(from.get(), [&](std::string_view block) {
-        converted.clear();
-        for (const char c : block) {
-            if (c == '\n' && last != '\r') converted += '\r';
-            converted += last = c;
+        while (!block.empty()) {
+            const std::size_t feed = block.find('\n');
+            const std::string_view line = block.substr(0, feed);
+            copy.write(line);
+            if (!line.empty()) after_cr = line.back() == '\r';
+            if (feed == std::string_view::npos) return true;
+            copy.write(after_cr ? "\n" : "\r\n");
+            after_cr = false;
+            block.remove_prefix(feed + 1);
         }
-        copy.write(converted);
         return true;
     });
     return copy.finish();

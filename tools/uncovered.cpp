@@ -54,29 +54,35 @@ class Tail {
         if (found != Delimiter::none) {
             close(line.start);
             ended_ = true;
-            if (found == Delimiter::opening) open_ = line.end;
+            if (found == Delimiter::opening) open(line.end);
         } else if (!ended_ && line.end > end_ + kLineEnd) {
             ended_ = true;  // no delimiter line stands where one should: nothing is known of what follows
-            open_ = end_;
+            open(end_);
         }
     }
 
     std::vector<Range> finish(uint32_t size) {
-        if (!ended_) open_ = end_;
+        if (!ended_) open(end_);
         close(size);
         return std::move(ranges_);
     }
 
   private:
+    void open(uint32_t start) {
+        start_ = start;
+        is_open_ = true;
+    }
+
     void close(uint32_t end) {
-        if (open_ && *open_ < end) ranges_.push_back({*open_, end});
-        open_.reset();
+        if (is_open_ && start_ < end) ranges_.push_back({start_, end});
+        is_open_ = false;
     }
 
     const OpenDelimiters& delimiters_;
-    const uint32_t end_;            // of the last entity
-    bool ended_ = false;            // its delimiter line has been met
-    std::optional<uint32_t> open_;  // where an uncovered range began
+    const uint32_t end_;    // of the last entity
+    bool ended_ = false;    // its delimiter line has been met
+    bool is_open_ = false;  // an uncovered range began at start_
+    uint32_t start_ = 0;
     std::vector<Range> ranges_;
 };
 
