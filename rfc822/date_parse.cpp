@@ -15,6 +15,8 @@
 namespace vel {
 namespace {
 
+static_assert(sizeof(UTCtime) == 36);
+
 constexpr std::size_t kMonthLetters = 3;
 
 bool read_day(DateReader& in, UTCtime& time) {
@@ -24,6 +26,7 @@ bool read_day(DateReader& in, UTCtime& time) {
     return true;
 }
 
+// Kept: "JAN" and "jan" are no months.
 bool read_month(DateReader& in, UTCtime& time) {
     in.skip_blanks();
     const int32_t month = cmd_srch(in.letters().substr(0, kMonthLetters), tbl_month);
@@ -60,7 +63,7 @@ bool is_day_of_month(const UTCtime& time) { return time.day >= 1 && time.day <= 
 // date-time = [day ","] date time ; dd mm yy hh:mm:ss zzz
 bool read_rfc822(DateReader in, UTCtime& time) {
     in.skip_blanks();
-    if (!in.letters().empty()) in.skip_blanks_and_punctuation();
+    if (!in.letters().empty()) in.skip_blanks_and_punctuation();  // Kept: any word is a weekday.
     if (!read_day(in, time) || !read_month(in, time) || !read_year(in, time) || !is_day_of_month(time)) return false;
     if (!read_clock(in, time)) return false;
     getzone(in.rest(), &time);

@@ -79,6 +79,7 @@ bool BlockReader::read() {
     return true;
 }
 
+// Kept: the text may be a piece of a longer line; it is taken for a line all the same.
 BlockReader::Next BlockReader::take(std::string_view text) {
     if (!text.empty() && ascii::is_space(text.front())) return continue_field(text);
     finish_field();
@@ -86,6 +87,7 @@ BlockReader::Next BlockReader::take(std::string_view text) {
     return text.empty() ? Next::nothing : Next::line;
 }
 
+// Kept: what follows the white space may be nothing.
 BlockReader::Next BlockReader::continue_field(std::string_view text) {
     text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
     if (field_.size() + text.size() + kFold.size() + 1 > units_ * kUnit && ++units_ == kUnitsLimit) {

@@ -17,6 +17,7 @@ namespace {
 // More than any known keyword has: a longer one is unknown, whatever follows.
 constexpr std::size_t kKeywordMax = 32;
 
+// Kept: a blank too, so that "Subject :" is no field.
 constexpr bool ends_name(char c) { return c == ' ' || c == '\t' || c == '\n' || c == ':'; }
 
 struct Field {

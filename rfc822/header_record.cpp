@@ -7,6 +7,8 @@
 namespace vel {
 namespace {
 
+static_assert(sizeof(addr822) == 27 * sizeof(void*));
+
 // Where the values of a code gather; null for a code that has another kind of place.
 addrlist822** address_list(addr822& record, int32_t code) {
     switch (code) {

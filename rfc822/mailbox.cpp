@@ -11,11 +11,11 @@ namespace {
 
 constexpr std::string_view kSeparator = "From ";
 
-// Bytes of a line's buffer; a longer line comes in pieces, each of which counts as a line.
+// Bytes of a line's buffer. Kept: a longer line comes in pieces, each of which counts as a line.
 constexpr int kLineSize = 1024;
 
-// Kept: of what follows the last blank, line end included, the first half must be digits, and three
-// characters more: the four of a year before LF or CR LF, three of a year that ends the text.
+// Kept: of the n characters behind the last blank, line end included, the first (n + 3) / 2 must be
+// digits: all four of a year before LF or CR LF, three of a year that ends the text.
 bool ends_in_year(std::string_view line) {
     const std::string_view last = line.substr(line.rfind(' ') + 1);
     const std::size_t tested = (last.size() + 3) / 2;

@@ -15,7 +15,7 @@
 #include "rfc822/date_reader.h"
 #include "vel/rfc822.h"
 
-// Kept: the military letters have the signs of RFC 822 (A is -100), AT comes before AST.
+// Kept: the values, with the military letters signed as in RFC 822 (A is -100), and AT before AST.
 constexpr cmd_table zone_tbl[] = {
     {"A", -100, 0},    {"AHST", -1000, 0}, {"AT", -200, 0},  {"AST", -400, 0},  {"B", -200, 0},
     {"BST", 100, 0},   {"BT", -1100, 0},   {"C", -300, 0},   {"CAT", -1000, 0}, {"CCT", 800, 0},
