@@ -36,9 +36,8 @@ bool quotes_pair_up(const char* text) {
 
 // Kept: escaped quotes never reach the parser.
 void blank_escaped_quotes(char* text) {
-    while ((text = std::strstr(text, "\\\""))) {
-        *text++ = ' ';
-        *text++ = ' ';
+    for (; (text = std::strchr(text, '\\')); ++text) {
+        if (text[1] == '"') text[0] = text[1] = ' ';
     }
 }
 

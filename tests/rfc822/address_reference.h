@@ -3,9 +3,11 @@
 #ifndef VEL_TESTS_RFC822_ADDRESS_REFERENCE_H
 #define VEL_TESTS_RFC822_ADDRESS_REFERENCE_H
 
+#include <algorithm>
 #include <map>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vel::test {
@@ -160,17 +162,15 @@ class ReferenceParser {
 
     // The address at a position; returns where it stops.
     std::size_t one(std::size_t at, ReferenceAddress& address) {
-        for (std::size_t pair = at; (pair = text_.find("\\\"", pair)) != std::string::npos;)
-            text_.replace(pair, 2, "  ");
+        for (std::size_t pair = at; (pair = text_.find("\\\"", pair)) != std::string::npos;) {
+            text_[pair] = text_[pair + 1] = ' ';
+        }
         at_ = at;
         dot_skip_ = true;
         parts_ = {};
         route_.clear();
         ahead_ = 0;
-        if (!parse())
-            return text_.find(',', ahead_ == ',' ? at_ - 1 : at_) == std::string::npos
-                       ? text_.size()
-                       : text_.find(',', ahead_ == ',' ? at_ - 1 : at_);
+        if (!parse()) return std::min(text_.find(',', ahead_ == ',' ? at_ - 1 : at_), text_.size());
         if (!parts_.canon.empty()) address = parts_;
         return at_;
     }

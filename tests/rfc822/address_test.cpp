@@ -1,0 +1,240 @@
+#include <atomic>
+#include <chrono>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "rfc822/parser_locks.h"
+#include "tests/support/fixture.h"
+#include "vel/rfc822.h"
+
+namespace vel::test {
+namespace {
+
+std::string shown(const recipient& record) {
+    std::string line;
+    for (const char* field : {record.canon, record.phrase, record.comment, record.local, record.domain}) {
+        line += std::string(field) + '|';
+    }
+    return line + record.orig;
+}
+
+// "canon|phrase|comment|local|domain|orig" of each record.
+std::vector<std::string> parsed(const std::string& text) {
+    const auto input = exact(text);
+    RecipTbl table{};
+    const uint32_t count = ST_RecipParse(input.get(), &table, 1);
+    std::vector<std::string> records;
+    for (const recipient* record = table.first; record; record = record->next) records.push_back(shown(*record));
+    EXPECT_EQ(count, records.size());
+    Clear_RT(&table);
+    return records;
+}
+
+struct Case {
+    const char* name;
+    std::string text;
+    std::vector<std::string> records;
+};
+
+void expect_parsed(const std::vector<Case>& cases) {
+    for (const Case& row : cases) EXPECT_EQ(parsed(row.text), row.records) << row.name;
+}
+
+TEST(Address, forms) {
+    expect_parsed({
+        {"addr-spec", "a@b.c", {"a@b.c|||a|b.c|a@b.c"}},
+        {"phrase", "Sales Desk <sd@x.y>", {"sd@x.y|Sales Desk||sd|x.y|Sales Desk <sd@x.y>"}},
+        {"quoted words", "\"D. E\"\t F<a@b>", {"a@b|\"D. E\" F||a|b|\"D. E\"\t F<a@b>"}},
+        {"quoted local part", "\"a b\"@c", {"\"a b\"@c|||\"a b\"|c|\"a b\"@c"}},
+        {"route", "<@r1,@r2:a@b>", {"<@r1,@r2:a@b>|||a|b|<@r1,@r2:a@b>"}},
+        {"route without brackets", "@r1:a@b", {"<@r1:a@b>|||a|b|@r1:a@b"}},
+        {"route joined by a colon", "J <@r:@s.t:a@b>", {"<@r:@s.t:a@b>|J||a|b|J <@r:@s.t:a@b>"}},
+        {"domain literal", "a@[1.2, 3\\]].b", {"a@[1.2, 3\\]].b|||a|[1.2, 3\\]].b|a@[1.2, 3\\]].b"}},
+        {"group", "g: a@b, Joe <c@d>;", {"g: a@b, c@d;|Joe||c|d|g: a@b, Joe <c@d>;"}},
+        {"group keeps its own phrase", "g h: Joe <a@b>;", {"g h: a@b;|Joe||a|b|g h: Joe <a@b>;"}},
+        {"dots in a group's later members", "g:a@b,c.d@e;", {"g: a@b, c.d@e;|g||c.d|e|g:a@b,c.d@e;"}},
+        {"all white space", "\v\f \r\n\tJ \r\n\t<a\v@\fb>\r\n", {"a@b|J||a|b|J \r\n\t<a\v@\fb>"}},
+        {"bytes above 127", "\xe9\xff <a@\xe9>", {"a@\xe9|\xe9\xff||a|\xe9|\xe9\xff <a@\xe9>"}},
+    });
+}
+
+TEST(Address, lists_go_on_behind_what_does_not_parse) {
+    const std::string a = "a@b|||a|b|a@b";
+    const std::string c = "c@d|||c|d|c@d";
+    expect_parsed({
+        {"two", "a@b, c@d", {a, c}},
+        {"commas around", ",, a@b ,\r\n,, c@d,, ", {a, c}},
+        {"fails at a comma", "x@, c@d", {c}},
+        {"comma inside a comment", "x@ (y, z), c@d", {c}},
+        {"comma inside a quoted string", "x@y \"z, z\" u, c@d", {c}},
+        {"several words", "Joe Smith, c@d", {c}},
+        {"bracket that does not close", "<x@y, c@d", {c}},
+        {"junk behind an address", "x@y z@u, c@d", {c}},
+        {"junk behind brackets", "X <x@y> z, c@d", {c}},
+        {"closing bracket only", "x@y>, c@d", {c}},
+        {"comma gone already", "g: x@y, z c@d", {}},
+        {"nothing but junk", ":;<>@..[]()\\", {}},
+        {"nothing", " \r\n", {}},
+    });
+}
+
+TEST(Address, comments) {
+    expect_parsed({
+        {"behind", "a@b (Home)", {"a@b||Home|a|b|a@b (Home)"}},
+        {"the last one stays",
+         "(x) a@b (y (\\)) \")\"z), c@d",
+         {"a@b||y (\\)) \")\"z|a|b|(x) a@b (y (\\)) \")\"z)", "c@d|||c|d|c@d"}},
+        {"behind brackets", "S <a@b> (Home), c@d", {"a@b|S|Home|a|b|S <a@b> (Home)", "c@d|||c|d|c@d"}},
+        {"behind a group", "g: a@b; (x) c@d", {"g: a@b;|g||a|b|g: a@b;", "c@d||x|c|d|(x) c@d"}},
+        {"cut",
+         "a@b (" + std::string(300, 'x') + ')',
+         {"a@b||" + std::string(255, 'x') + "|a|b|a@b (" + std::string(300, 'x') + ')'}},
+        {"does not end behind an address", "a@b (open, c@d", {}},
+        {"does not end behind brackets", "<a@b> (open", {}},
+        {"does not end behind a member", "g: a@b, c@d (open", {"g: a@b|g||c|d|g: a@b, c@d (open"}},
+        {"does not end behind a word", "g: a@b, c (open", {"g: a@b|g||a|b|g: a@b, c (open"}},
+        {"ends in a backslash", "a@b (x\\", {}},
+        {"literal that does not end", "a@[1.2.3.4", {"1.2.3.4|||1.2.3.4||1.2.3.4"}},
+    });
+}
+
+TEST(Address, parts_of_255_characters_work_and_longer_ones_are_refused) {
+    const auto x = [](std::size_t count) { return std::string(count, 'x'); };
+    const std::string c = ", c@d";
+    const auto fits = [&](const std::string& text) { return parsed(text + c).size() == 2; };
+    const std::pair<std::string, std::string> kBefore[] = {
+        {"", ""},     {"", "@bc"},      {"a@", ""},      {"a@b.", ""},     {"\"", "\""},
+        {"g: ", ";"}, {"ph ", "<a@b>"}, {"<@r:a@", ">"}, {"<a@b.[", "]>"},
+    };
+    for (const auto& [before, after] : kBefore) {
+        // What is bounded is the longest part: the phrase, or the canonical text.
+        const std::size_t around = after == "<a@b>" ? before.size() : after == "]>" ? 6 : before.size() + after.size();
+        EXPECT_TRUE(fits(before + x(255 - around) + after)) << before << after;
+        EXPECT_FALSE(fits(before + x(256 - around) + after)) << before << after;
+    }
+    EXPECT_EQ(parsed(x(600) + " (u, v)" + c).back(), "c@d|||c|d|c@d");
+    EXPECT_EQ(parsed("a@" + x(300) + c).size(), 1u);
+}
+
+TEST(Address, kept_dots_before_the_at_sign_belong_to_the_atom) {
+    expect_parsed({{"dots", ".first..last.@x.y", {".first..last.@x.y|||.first..last.|x.y|.first..last.@x.y"}},
+                   {"behind a quoted string", "\"a\".b@c", {}}});
+}
+
+TEST(Address, kept_parentheses_inside_an_atom_are_no_comment) {
+    expect_parsed(
+        {{"domain", "a@b(Home)", {"a@b(Home)|||a|b(Home)|a@b(Home)"}}, {"half", "a(b @c", {"a(b@c|||a(b|c|a(b @c"}}});
+}
+
+TEST(Address, kept_local_part_alone_is_an_address) {
+    expect_parsed({{"word", "postmaster", {"postmaster|||postmaster||postmaster"}},
+                   {"in brackets", "P <postmaster>", {"postmaster|P||postmaster||P <postmaster>"}},
+                   {"ends in a dot", "g: a@b, <c.@d>;", {"g: a@b, c.@d;|g||c.|d|g: a@b, <c.@d>;"}},
+                   {"behind a route", "<@r:a>", {"<@r:a>|||a|r|<@r:a>"}}});
+}
+
+TEST(Address, kept_semicolon_ends_a_mailbox_without_a_group) {
+    expect_parsed({{"list", "a@b; C <c@d>;", {"a@b|||a|b|a@b;", "c@d|C||c|d|C <c@d>;"}}, {"lone word", "a; c@d", {}}});
+}
+
+TEST(Address, kept_empty_group_and_empty_brackets_are_no_addresses) {
+    expect_parsed({{"group", "undisclosed-recipients:;, <>, a@b", {"a@b|||a|b|a@b"}}});
+}
+
+TEST(Address, kept_odd_number_of_quotes_refuses_the_list) {
+    expect_parsed({{"odd", "a@b, \"c@d", {}},
+                   {"in a comment", "a@b (don\"t)", {}},
+                   {"escaped", "a@b, x\\\"", {"a@b|||a|b|a@b", "x|||x||x"}}});
+}
+
+TEST(Address, kept_escaped_quotes_become_blanks) {
+    expect_parsed({{"in quotes", "\"a \\\"b\\\" c\" <d@e>", {"d@e|\"a   b   c\"||d|e|\"a   b   c\" <d@e>"}},
+                   {"behind a backslash", "\"a\\\\\" b\" <d@e>", {}}});
+}
+
+TEST(Address, a_table_is_appended_to_or_emptied) {
+    RecipTbl table{};
+    EXPECT_EQ(ST_RecipParse(exact("a@b").get(), &table, 0), 1u);
+    EXPECT_EQ(ST_RecipParse(exact("c@d, e@f").get(), &table, 0), 3u);
+    for (const char* nothing : {"", "  ", "\"x"}) EXPECT_EQ(ST_RecipParse(exact(nothing).get(), &table, 0), 0u);
+    EXPECT_EQ(ST_RecipParse(exact("x@").get(), &table, 0), 3u);
+    ASSERT_EQ(table.count, 3u);
+    EXPECT_EQ(std::string(table.first->next->canon) + table.last->canon, "c@de@f");
+    recipient* const first = table.first;
+    EXPECT_EQ(ST_RecipParse(nullptr, &table, 1), 0u);
+    EXPECT_TRUE(!table.first && !table.last && table.count == 0);
+    table.first = first;
+    Clear_RT(&table);
+    EXPECT_EQ(table.first, nullptr);
+}
+
+TEST(Address, fields_are_assigned_and_cleared) {
+    recipient* const record = AllocateRecipient();
+    ASSERT_NE(record, nullptr);
+    EXPECT_EQ(AssignRp("text", &record->orig), 1);
+    EXPECT_EQ(AssignRp(record->orig + 2, &record->orig), 1);
+    EXPECT_STREQ(record->orig, "xt");
+    EXPECT_EQ(AssignRp(nullptr, &record->orig), 1);
+    EXPECT_EQ(record->orig, nullptr);
+
+    const auto text = exact(" a@b (c) x, d@e");
+    EXPECT_EQ(ParseAddr(text.get(), record), text.get() + 10);  // the comma behind the junk
+    EXPECT_EQ(record->canon, nullptr);
+    EXPECT_EQ(ParseAddr(text.get() + 11, record), text.get() + 15);
+    EXPECT_STREQ(record->canon, "d@e");
+    recipient other{};
+    record->next = &other;
+    Clear_RP(record);
+    EXPECT_TRUE(!record->canon && !record->local && !record->comment && record->next == &other);
+    free(record);
+}
+
+// Each of these takes minutes where time is not proportional to the text.
+TEST(Address, long_runs_of_anything_are_read_in_time) {
+    constexpr uint32_t kMany = 300'000;
+    constexpr std::pair<const char*, uint32_t> kRuns[] = {
+        {",", 0},    {"[", 0},       {"[\\]", 1},     {"(", 0},        {" (", 0},           {"a@b (", 0},
+        {"<(,", 0},  {")(", 0},      {"[]", 0},       {"\\", 0},       {"\\\"", 0},         {"\\\",", 0},
+        {"\"\"", 0}, {":", 0},       {"<", 0},        {"x ", 0},       {". ", 0},           {"g:a@b,", 0},
+        {"@a,", 0},  {"<a@[x],", 0}, {"a@b,", kMany}, {"a@b;", kMany}, {"a@b (c),", kMany},
+    };
+    for (const auto& [piece, records] : kRuns) {
+        std::string text;
+        for (uint32_t i = 0; i < kMany; ++i) text += piece;
+        RecipTbl table{};
+        EXPECT_EQ(ST_RecipParse(text.data(), &table, 1), records) << piece;
+        Clear_RT(&table);
+    }
+}
+
+class AddressThreads : public VelTest {
+  protected:
+    AddressThreads() { Init822Parser(); }
+    ~AddressThreads() override { Terminate822Parser(); }
+};
+
+TEST_F(AddressThreads, the_parsers_lock_is_held_while_a_list_is_read) {
+    std::atomic<bool> done{false};
+    RecipTbl* table = nullptr;
+    EnterCriticalSection(&csRecipParse);
+    std::thread other([&] {
+        EXPECT_EQ(AddParse(exact("a@b").get(), &table), 1u);
+        EXPECT_EQ(AddParse(exact("c@d").get(), &table), 2u);
+        EXPECT_EQ(RecipParse(exact("e@f, g@h, i@j").get(), table, 0), 5u);
+        done = true;
+    });
+    RecipTbl own{};
+    EXPECT_EQ(ST_RecipParse(exact("x@y").get(), &own, 0), 1u);
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_FALSE(done);
+    LeaveCriticalSection(&csRecipParse);
+    other.join();
+    EXPECT_TRUE(done);
+    Clear_RT(&own);
+    Clear_RT(table);
+    free(table);
+}
+
+}  // namespace
+}  // namespace vel::test
