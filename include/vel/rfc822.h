@@ -15,12 +15,12 @@ extern "C" {
 
 /* One parsed address. All texts are owned; Clear_RP releases them. */
 typedef struct recipient {
-    char* canon;   /* canonical form: a@b.c, <@r:a@b> for a source route, a whole group */
+    char* canon;   /* canonical form: a@b.c, <@r:a@b> for a source route, a whole group "g: a@b, c@d;" */
     char* orig;    /* the address as written, without the blanks and commas around it */
     char* phrase;  /* display name, words joined by one blank, quotes kept; or empty */
     char* comment; /* the last comment's text, at most 255 characters; or empty */
-    char* local;
-    char* domain;
+    char* local;   /* local part; that of the last member for a group */
+    char* domain;  /* the last domain, or empty */
     struct recipient* next;
 } recipient;
 
@@ -31,14 +31,53 @@ typedef struct RecipTbl {
     uint32_t count;
 } RecipTbl;
 
+/* Parses an address list: the value of a To, Cc or From field (RFC 822 section 6.1).
+     text   is changed: each backslash before a double quote, and the quote, become two blanks;
+            null counts as empty
+     table  receives the addresses, in order; null gives 0
+     reset  non-zero: the table is emptied first, and nothing in it freed; 0: records are appended
+   Returns the table's count. 0, with the table as it was but for the reset, when the text is blank or
+   its double quotes do not pair up; 0 also without memory, what was parsed by then being in the table.
+   An address that does not parse, or has a part of more than 255 characters, is left out: the list goes
+   on behind the next comma. A comment that does not end takes its address and the rest of the list with
+   it, a "[" that does not end takes what stands before it in its address; of a group the members before
+   either stay. A ";" behind a mailbox separates as a comma does, unless the mailbox is a lone word.
+   Clear_RT releases the records. Logs nothing. Any thread: the address parser's lock is held. */
 VEL_API uint32_t RecipParse(char* text, RecipTbl* table, int reset);
-VEL_API uint32_t VEL_RecipParse(char* text, RecipTbl* table, int reset);
+VEL_API uint32_t VEL_RecipParse(char* text, RecipTbl* table, int reset); /* the same */
+
+/* The same without the lock. Any thread. */
 VEL_API uint32_t ST_RecipParse(char* text, RecipTbl* table, int reset);
+
+/* RecipParse without a reset, into a table that is made when it is missing.
+     table  *table may be null: it receives a malloc'ed table then, which the caller clears and frees;
+            null gives 0
+   Returns the table's count, or 0 as RecipParse does. */
 VEL_API uint32_t AddParse(char* text, RecipTbl** table);
+
+/* Parses one address, the first of a text.
+     text    is changed as by RecipParse, to its end; null gives null
+     record  receives canon, phrase, comment, local and domain, what it held there being freed; orig and
+             next are left alone. It stays as it is when nothing parses, and is cleared without memory.
+             Null: the text is not looked at
+   Returns where parsing stopped, in the text: behind an address and the comma or ";" that ends it,
+   behind a group's ";", at the comma behind what does not parse, or at the text's NUL.
+   Logs nothing. Takes no lock. Any thread. */
 VEL_API char* ParseAddr(char* text, recipient* record);
+
+/* Frees every record of a table and empties it. The table itself stays. Null is nothing to do. */
 VEL_API void Clear_RT(RecipTbl* table);
+
+/* Frees a record's six texts and sets them to null; next is left alone. Null is nothing to do. */
 VEL_API void Clear_RP(recipient* record);
+
+/* Returns a new record, all null, for the caller to free; null without memory. */
 VEL_API recipient* AllocateRecipient(void);
+
+/* Puts a copy of a text in the place of a text that a record owns.
+     text   null leaves the field null
+     field  the old text is freed; null gives 0
+   Returns 1; 0 without memory, the field being null then. */
 VEL_API int AssignRp(const char* text, char** field);
 
 /* ---- Dates (RFC 822 section 5) --------------------------------------------------------------- */
