@@ -33,7 +33,7 @@ TEST(SafeName, LeavesNothingThatHarmsADirectory) {
         {"~root", "_root"},
         {"a\x1b[2J\r\nb.txt", "a_[2J__b.txt"},
         {std::string("a\0b", 3), "a_b"},
-        {"what?*<me>:\"|.doc", "what__me____.doc"},
+        {"what?*<me>:\"|.doc", "what___me____.doc"},
         {"CON", "_CON"},
         {"nul.txt", "_nul.txt"},
         {"lpt1.prn", "_lpt1.prn"},

@@ -1,0 +1,75 @@
+#include "tests/tools/run_vel.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace vel::test {
+
+CommandTest::CommandTest() { std::filesystem::create_directory(temporary()); }
+
+CommandTest::~CommandTest() {
+    EXPECT_TRUE(std::filesystem::is_empty(temporary())) << "the command has left temporary files behind";
+    for (const std::string& name : left_behind(".vel-")) ADD_FAILURE() << "left behind: " << name;
+}
+
+pid_t CommandTest::start(const std::vector<std::string>& arguments, int in, int out) const {
+    std::vector<std::string> texts{"vel"};
+    texts.insert(texts.end(), arguments.begin(), arguments.end());
+    std::vector<std::string> settings{"OSTRA_CONFIG_DIR=" + directory().string(), "TMPDIR=" + temporary().string(),
+                                      "PATH=/usr/bin:/bin"};
+    const auto pointers = [](std::vector<std::string>& list) {
+        std::vector<char*> result;
+        for (std::string& text : list) result.push_back(text.data());
+        result.push_back(nullptr);
+        return result;
+    };
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, in, STDIN_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, out, STDOUT_FILENO);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, (directory() / "stderr").c_str(),
+                                     O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    pid_t process = -1;
+    EXPECT_EQ(posix_spawn(&process, VEL_COMMAND, &actions, nullptr, pointers(texts).data(), pointers(settings).data()),
+              0);
+    posix_spawn_file_actions_destroy(&actions);
+    return process;
+}
+
+int CommandTest::wait_for(pid_t process) {
+    int status = 0;
+    EXPECT_EQ(::waitpid(process, &status, 0), process);
+    return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
+}
+
+Ended CommandTest::run(const std::vector<std::string>& arguments, const std::string& standard_input) const {
+    const int in = ::open(file("stdin", standard_input).c_str(), O_RDONLY);
+    const int out = ::open(file("stdout", "").c_str(), O_WRONLY);
+    Ended ended{wait_for(start(arguments, in, out)), {}, {}};
+    ::close(in);
+    ::close(out);
+    ended.out = content((directory() / "stdout").string());
+    ended.err = content((directory() / "stderr").string());
+    return ended;
+}
+
+Files CommandTest::extracted() const {
+    Files files;
+    for (const auto& entry : std::filesystem::directory_iterator(target())) {
+        files[entry.path().filename().string()] = content(entry.path().string());
+    }
+    return files;
+}
+
+std::string crlf(std::string_view text) {
+    std::string result;
+    for (const char c : text) {
+        if (c == '\n') result += '\r';
+        result += c;
+    }
+    return result;
+}
+
+}  // namespace vel::test

@@ -1,0 +1,47 @@
+// Runs the built command on files that a test writes.
+#ifndef VEL_TESTS_TOOLS_RUN_VEL_H
+#define VEL_TESTS_TOOLS_RUN_VEL_H
+
+#include <sys/types.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "tests/support/fixture.h"
+
+namespace vel::test {
+
+struct Ended {
+    int exit;  // the exit code, or minus the signal that ended it
+    std::string out;
+    std::string err;
+};
+
+using Files = std::map<std::string, std::string>;  // contents by name
+
+// The command finds no configuration file; its temporary files go to a directory of the test.
+class CommandTest : public VelTest {
+  protected:
+    CommandTest();
+    ~CommandTest() override;  // fails the test when the command has left something behind
+
+    Ended run(const std::vector<std::string>& arguments, const std::string& standard_input = "") const;
+
+    // Starts the command with its standard input and output on these descriptors.
+    pid_t start(const std::vector<std::string>& arguments, int in, int out) const;
+    static int wait_for(pid_t process);  // as Ended.exit
+
+    // A directory to extract to, and what stands in it.
+    std::string target() const { return (directory() / "out").string(); }
+    Files extracted() const;
+
+    std::filesystem::path temporary() const { return directory() / "tmp"; }
+};
+
+// "a\nb" with CR LF line ends.
+std::string crlf(std::string_view text);
+
+}  // namespace vel::test
+
+#endif

@@ -1,0 +1,156 @@
+// What a parse gives to no entity, and which fields a parse refuses.
+#include <nlohmann/json.hpp>
+
+#include "tests/tools/run_vel.h"
+#include "tools/input.h"
+#include "tools/private_copy.h"
+#include "tools/refused_fields.h"
+#include "tools/scratch.h"
+#include "tools/uncovered.h"
+
+namespace vel::command {
+namespace {
+
+using test::crlf;
+
+class OffsetTest : public test::VelTest {
+  protected:
+    // The texts of the ranges that belong to no entity.
+    std::vector<std::string> lost(const std::string& message, bool nested = true) {
+        const std::string path = file("m.eml", message);
+        mime_msg_pool* raw = nullptr;
+        MimeParseMessage(path.c_str(), nested, &raw);
+        take_log();
+        const Pool pool(raw);
+        if (!pool) return {"refused"};
+        std::vector<std::string> texts;
+        for (const Range& range : uncovered_ranges(*pool, Tree(*pool), path)) {
+            texts.push_back(message.substr(range.start, range.end - range.start));
+        }
+        return texts;
+    }
+};
+
+const std::string kHead =
+    "MIME-Version: 1.0\n"
+    "Content-Type: multipart/mixed; boundary=outer\n"
+    "\n"
+    "preamble\n";
+
+const std::string kInner =
+    "--outer\n"
+    "Content-Type: multipart/mixed; boundary=inner\n"
+    "\n"
+    "--inner\n"
+    "\n"
+    "first\n";
+
+struct Row {
+    std::string name, message;
+    std::vector<std::string> lost;
+};
+
+TEST_F(OffsetTest, OnlyPartsThatTheParserDropsAreUncovered) {
+    const std::vector<Row> rows{
+        {"not MIME", "Subject: x\n\nbody\n", {}},
+        {"no header end", "Subject: x\n", {}},
+        {"single part", "MIME-Version: 1.0\n\nbody", {}},
+        {"complete", kHead + "--outer\n\none\n--outer\n\ntwo\n--outer--\nepilogue\n", {}},
+        {"delimiter at the file's end", kHead + "--outer\n\none\n--outer--", {}},
+        {"empty parts", kHead + "--outer\n--outer\n\n--outer\n\n\n--outer--\n", {}},
+        {"last part cut off", kHead + "--outer\n\none\n--outer\nX: y\n\ntwo\nthree", {"X: y\n\ntwo\nthree"}},
+        {"cut off in a header", kHead + "--outer\n\none\n--outer\nX: y", {"X: y"}},
+        {"nothing behind the delimiter", kHead + "--outer\n\none\n--outer\n", {}},
+        {"only a part that is cut off", kHead + "--outer\n\none\n", {"\none\n"}},
+        {"inner parts swallow outer ones",
+         kHead + kInner + "--inner\n\nsecond\n--outer\n\nthird\n--outer--\nend",
+         {"\nsecond\n", "\nthird\n"}},
+        {"cut off behind a closed multipart", kHead + kInner + "--inner--\nepilogue\n--outer\n\nlost", {"\nlost"}},
+        {"blanks behind a closing delimiter end the parse",
+         kHead + "--outer\nContent-Type: multipart/mixed; boundary=middle\n\n--middle\n" + kInner.substr(8) +
+             "--inner--\n--middle-- \nepilogue\n--outer \n\nlost\n--outer\n\nlost too\n--outer-- \n",
+         {"\nlost\n", "\nlost too\n"}},
+        {"parts behind the closing delimiter",
+         kHead + "--outer\n\none\n--outer--\nend\n--outer\n\nmore\n",
+         {"\nmore\n"}},
+        {"text behind the delimiter", kHead + "--outerX\n\none\n--outer lost?\n\ntwo", {"\ntwo"}},
+        {"an enclosed message that is cut off",
+         kHead + "--outer\nContent-Type: message/rfc822\n\nSubject: x\n\nbody",
+         {}},
+        {"an embedded file in the last part", kHead + "--outer\n\nbegin 644 x\n`\nend\n--outer\n\ntwo", {"\ntwo"}},
+    };
+    for (const Row& row : rows) {
+        std::vector<std::string> expected;
+        for (const std::string& text : row.lost) expected.push_back(crlf(text));
+        EXPECT_EQ(lost(crlf(row.message)), expected) << row.name;
+    }
+}
+
+TEST_F(OffsetTest, RefusedFieldsAreFoundWithTheirContinuation) {
+    const std::vector<Row> rows{
+        {"none", kHead + "--outer\nContent-ID: <a@b>\n\nContent-ID: none\n--outer--\nContent-ID: none\n", {}},
+        {"in the top header",
+         "MIME-Version: 1.0\nContent-Type: text/plain; x\n y\n\tz\nX: y\n\nbody\n",
+         {"Content-Type: text/plain; x\n y\n\tz\n"}},
+        {"in several parts",
+         kHead + "--outer\ncontent-id: a\n\none\n--outer\nX: y\nContent-Transfer-Encoding: a b\n\ntwo\n--outer--\n",
+         {"content-id: a\n", "Content-Transfer-Encoding: a b\n"}},
+        {"in an enclosed message",
+         kHead + "--outer\nContent-Type: message/rfc822\n\nContent-ID: a\n\nContent-ID: b\n--outer--\n",
+         {"Content-ID: a\n"}},
+        {"a multipart without a boundary",
+         kHead + "--outer\nContent-Type: multipart/mixed\n\n--outer--\n",
+         {"Content-Type: multipart/mixed\n"}},
+        {"a multipart that never begins",
+         kHead + "--outer\nContent-Type: multipart/mixed; boundary=inner\nContent-ID: a\n\n--outer\nContent-ID: b\n\n"
+                 "--outer--\n",
+         {"Content-Type: multipart/mixed; boundary=inner\n", "Content-ID: a\n", "Content-ID: b\n"}},
+        {"at the end of the file", "MIME-Version: 1.0\nContent-ID: a", {"Content-ID: a"}},
+        {"a line longer than the reader's",
+         "Content-ID: " + std::string(3000, 'a') + "\n b\nX: y\n\n",
+         {"Content-ID: " + std::string(3000, 'a') + "\n b\n"}},
+    };
+    for (const Row& row : rows) {
+        const std::string message = crlf(row.message);
+        const std::string path = file("m.eml", message);
+        std::vector<std::string> found, expected;
+        const std::vector<Range> ranges = refused_fields(path, true);
+        for (const Range& range : ranges) found.push_back(message.substr(range.start, range.end - range.start));
+        for (const std::string& text : row.lost) expected.push_back(crlf(text));
+        EXPECT_EQ(found, expected) << row.name;
+        take_log();
+    }
+}
+
+TEST_F(OffsetTest, CopiesLeaveOutExactlyTheRanges) {
+    Scratch scratch;
+    std::string text;
+    for (int i = 0; i < 40000; ++i) text += std::to_string(i) + ",";
+    const std::string path = file("m.eml", text);
+    const std::vector<Range> ranges{{0, 3}, {10, 10}, {70000, 140000}, {150000, 150001}};
+    std::string expected = text.substr(3, 70000 - 3) + text.substr(140000, 10000) + text.substr(150001);
+    EXPECT_EQ(content(copy_without(ranges, path, scratch).path()), expected);
+    EXPECT_EQ(content(copy_range({65530, 200000}, path, scratch).path()), text.substr(65530, 200000 - 65530));
+}
+
+TEST_F(OffsetTest, LineEndsAreJudgedByTheHeaderBlock) {
+    const std::vector<std::pair<std::string, bool>> rows{
+        {"", false},
+        {"A: b\r\nC: d\r\n\r\nbody\nbody\n", false},
+        {"A: b\nC: d\n\nbody\r\n", true},
+        {"A: b\r\nC: d\n\r\nbody\r\n", true},
+        {"A: b\r\n\nbody", true},
+        {"\r\nbody\n", false},
+        {"A: " + std::string(200000, 'x'), false},
+        {"A: b\r\n\r\r\nC\n", true},
+    };
+    for (const auto& [text, bare] : rows)
+        EXPECT_EQ(has_bare_line_ends(file("m.eml", text)), bare) << text.substr(0, 40);
+    Scratch scratch;
+    const std::string pad(65535, 'x');  // a CR LF over the border of two blocks
+    const std::string path = file("m.eml", pad + "\r\n\n\r\r\na\n\r");
+    EXPECT_EQ(content(copy_with_line_ends(path, scratch).path()), pad + "\r\n\r\n\r\r\na\r\n\r");
+}
+
+}  // namespace
+}  // namespace vel::command
