@@ -3,29 +3,13 @@
 //       short yields what it can (one).
 #include "codec/base64_decoder.h"
 
+#include "codec/quantum.h"
 #include "frame/ascii.h"
 
 namespace vel {
 namespace {
 
-using Quantum = std::array<uint8_t, 4>;  // three bytes as they are stored, and a mark for what is no quantum
-
-constexpr auto kMarked = std::bit_cast<uint32_t>(Quantum{0, 0, 0, 0xFF});
-
-// What a character adds to its quantum's bytes, by its place there.
-constexpr auto kShares = [] {
-    std::array<std::array<uint32_t, 256>, 4> shares{};
-    for (unsigned place = 0; place < shares.size(); ++place) {
-        for (std::size_t character = 0; character < 256; ++character) {
-            const uint32_t value = kBase64Value[character];
-            const uint32_t bits = value << (18 - 6 * place);
-            const Quantum bytes{static_cast<uint8_t>(bits >> 16), static_cast<uint8_t>(bits >> 8),
-                                static_cast<uint8_t>(bits), 0};
-            shares[place][character] = value == kNoDigit ? kMarked : std::bit_cast<uint32_t>(bytes);
-        }
-    }
-    return shares;
-}();
+constexpr Shares kShares = shares_of(kBase64Value);
 
 bool ends_text(uint8_t character) { return character == '=' || character == '-' || character == '\0'; }
 
@@ -35,7 +19,7 @@ bool ends_text(uint8_t character) { return character == '=' || character == '-' 
 const uint8_t* Base64Decoder::whole_quanta(const uint8_t* at, const uint8_t* end, Cursor& out) {
     Cursor to = out;
     while (end - at >= 4) {
-        const uint32_t bytes = kShares[0][at[0]] | kShares[1][at[1]] | kShares[2][at[2]] | kShares[3][at[3]];
+        const uint32_t bytes = quantum_of(kShares, at);
         if (bytes & kMarked) {
             if (at[0] != '\r' || at[1] != '\n') break;
             at += 2;

@@ -5,9 +5,27 @@
 // Kept: blanks before a line end stay.
 #include "codec/qp_decoder.h"
 
-#include "codec/plain_run.h"
+#include "codec/words.h"
 
 namespace vel {
+namespace {
+
+// Copies up to the first "=", CR or LF. May write up to seven bytes more than it copies.
+const uint8_t* copy_plain(const uint8_t* at, const uint8_t* end, Cursor& out) {
+    for (; end - at >= kWord; at += kWord, out += kWord) {
+        const uint64_t word = load_word(at);
+        std::memcpy(out, &word, sizeof word);
+        const uint64_t marks = ~(differs(word, '=') & differs(word, '\r') & differs(word, '\n')) & kHighBits;
+        if (marks == 0) continue;
+        const int length = bytes_before_mark(marks);
+        out += length;
+        return at + length;
+    }
+    while (at < end && *at != '=' && *at != '\r' && *at != '\n') *out++ = *at++;
+    return at;
+}
+
+}  // namespace
 
 std::size_t QpDecoder::more(Bytes in, Cursor& out) {
     const uint8_t* at = in.data();

@@ -8,50 +8,14 @@
 
 #include <algorithm>
 
+#include "codec/qp_line.h"
+
 namespace vel {
 namespace {
 
 constexpr std::size_t kFullLine = 73;
 constexpr std::string_view kFrom = "From";
-
-// What a byte calls for; those before `escape` are plain once a line has begun.
-enum class Kind : uint8_t { plain, dot, letter_f, escape, carriage_return, line_feed };
-
-template <QpPolicy kPolicy>
-constexpr auto kKinds = [] {
-    std::array<Kind, 256> kinds{};
-    for (std::size_t byte = 0; byte < kinds.size(); ++byte) {
-        if (byte < kPolicy.first_plain || byte > 126) kinds[byte] = Kind::escape;
-    }
-    kinds['='] = Kind::escape;
-    kinds['.'] = Kind::dot;
-    if (kPolicy.guards_from) kinds['F'] = Kind::letter_f;
-    if (kPolicy.keeps_lines) {
-        kinds['\t'] = Kind::plain;
-        kinds['\r'] = Kind::carriage_return;
-        kinds['\n'] = Kind::line_feed;
-    }
-    return kinds;
-}();
-
-// How a byte is written inside a line: a word to copy and how much of it counts. Nothing counts of the
-// bytes that are no matter of one line.
-struct Writing {
-    std::array<char, 3> text;
-    uint8_t length;
-};
-
-template <QpPolicy kPolicy>
-constexpr auto kWritings = [] {
-    std::array<Writing, 256> writings{};
-    for (std::size_t byte = 0; byte < writings.size(); ++byte) {
-        const Kind kind = kKinds<kPolicy>[byte];
-        const char digits[] = {basis_hex[byte >> 4], basis_hex[byte & 15]};
-        if (kind < Kind::escape) writings[byte] = {{static_cast<char>(byte)}, 1};
-        if (kind == Kind::escape) writings[byte] = {{'=', digits[0], digits[1]}, 3};
-    }
-    return writings;
-}();
+constexpr std::ptrdiff_t kOneByOne = 32;  // bytes, before whole words of plain ones are tried again
 
 }  // namespace
 
@@ -66,18 +30,18 @@ std::size_t QpEncoder<kPolicy>::more(Bytes in, Cursor& out) {
     return in.size();
 }
 
-// Writes bytes up to the line's end.
+// Writes what can be written inside a line.
 template <QpPolicy kPolicy>
 const uint8_t* QpEncoder<kPolicy>::inside_line(const uint8_t* at, const uint8_t* end, Cursor& out) {
     const uint8_t* const start = at;
     const Cursor full = out + (kFullLine - column_);
     Cursor to = out;
-    while (at < end && to < full) {
-        const Writing& writing = kWritings<kPolicy>[*at];
-        if (writing.length == 0) break;
-        std::memcpy(to, &writing, sizeof writing);
-        to += writing.length;
-        ++at;
+    for (const uint8_t* before = nullptr; at != before;) {
+        for (; std::min(end - at, full - to) >= kWord && is_plain<kPolicy>(load_word(at)); at += kWord, to += kWord) {
+            std::memcpy(to, at, kWord);
+        }
+        before = at;
+        at = write_each(kWritings<kPolicy>, at, at + std::min(end - at, kOneByOne), to, full);
     }
     if (at == start) return at;
     column_ += static_cast<std::size_t>(to - out);

@@ -2,20 +2,21 @@
 // of a text.
 #include "codec/qp_decoder.h"
 #include "codec/qp_encoder.h"
-#include "fuzz/fed.h"
+#include "fuzz/expect.h"
+#include "tests/codec/fed.h"
 
 using namespace vel;
+using namespace vel::test;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const Bytes bytes(data, size);
+    std::string bytes(data, data + size);
     const size_t piece = size > 0 ? data[0] % 80 + 1U : 1;
-    fuzz::expect_same(fuzz::fed<QpDecoder>(bytes, piece), fuzz::fed<QpDecoder>(bytes, size + 1));
-    const std::string text = fuzz::fed<QpEncoder<kQpTextFile>>(bytes, piece);
-    fuzz::expect_same(text, fuzz::fed<QpEncoder<kQpTextFile>>(bytes, size + 1));
-    fuzz::fed<QpEncoder<kQpText>>(bytes, piece);
-    std::string whole(bytes.begin(), bytes.end());
-    fuzz::expect_same(fuzz::fed<QpDecoder>(bytes_of(fuzz::fed<QpEncoder<kQpBinary>>(bytes, piece)), 999), whole);
-    if (whole.ends_with('\r')) whole.pop_back();
-    fuzz::expect_same(fuzz::fed<QpDecoder>(bytes_of(text), 999), whole);
+    expect_same(fed_text<QpDecoder>(bytes, piece), fed_text<QpDecoder>(bytes, size + 1));
+    expect_same(fed_text<QpEncoder<kQpText>>(bytes, piece), fed_text<QpEncoder<kQpText>>(bytes, size + 1));
+    const std::string text = fed_text<QpEncoder<kQpTextFile>>(bytes, piece);
+    const std::string binary = fed_text<QpEncoder<kQpBinary>>(bytes, piece);
+    expect_same(fed_text<QpDecoder>(binary, 999), bytes);
+    if (bytes.ends_with('\r')) bytes.pop_back();
+    expect_same(fed_text<QpDecoder>(text, 999), bytes);
     return 0;
 }

@@ -1,10 +1,12 @@
 // Uuencode: any lines are safe, pieces make no difference, and what is encoded comes back.
 #include "codec/uu_decoder.h"
 #include "codec/uu_encoder.h"
-#include "fuzz/fed.h"
+#include "fuzz/expect.h"
+#include "tests/codec/fed.h"
 #include "vel/codec.h"
 
 using namespace vel;
+using namespace vel::test;
 
 namespace {
 
@@ -15,9 +17,8 @@ std::string decoded(std::string_view text, size_t longest) {
     for (auto kind = UuDecoder::Line::data; kind == UuDecoder::Line::data && !text.empty();) {
         const size_t length = std::min({text.find('\n'), text.size() - 1, longest - 1}) + 1;
         const std::vector<char> line(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(length));
-        fuzz::append_written(bytes, UuDecoder::kRoom, [&](Cursor& end) {
-            kind = decoder.take({line.data(), line.size()}, end);
-        });
+        const auto take = [&](Cursor& end) { kind = decoder.take({line.data(), line.size()}, end); };
+        append_written(bytes, UuDecoder::kRoom, take);
         text.remove_prefix(line.size());
     }
     return bytes;
@@ -32,8 +33,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     char name[256];
     IsuuencodeBegin(line.data(), name);
     decoded(input, piece);
-    const std::string text = fuzz::fed<UuEncoder>({data, size}, piece);
-    fuzz::expect_same(text, fuzz::fed<UuEncoder>({data, size}, size + 1));
-    fuzz::expect_same(decoded(text, 1024), input);
+    const std::string text = fed_text<UuEncoder>(input, piece);
+    expect_same(text, fed_text<UuEncoder>(input, size + 1));
+    expect_same(decoded(text, 1024), input);
     return 0;
 }

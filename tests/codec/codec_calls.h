@@ -9,42 +9,12 @@
 #include <functional>
 #include <ostream>
 
-#include "codec/bytes.h"
+#include "tests/codec/fed.h"
 #include "tests/codec/slow_codecs.h"
 #include "tests/support/fixture.h"
 #include "vel/codec.h"
 
 namespace vel::test {
-
-// What a codec makes of a text that it gets in pieces, each in a block of exactly its size, as is the
-// room for what comes of it.
-template <class Codec>
-std::string fed(std::string_view text, std::size_t piece, bool* accepted = nullptr, bool ended_early = false) {
-    Codec codec;
-    std::string result;
-    const auto step = [&](std::size_t room, const auto& writes) {
-        const auto block = std::make_unique<uint8_t[]>(room);
-        Cursor end = block.get();
-        writes(end);
-        EXPECT_LE(end - block.get(), static_cast<std::ptrdiff_t>(room));
-        result.append(block.get(), end);
-    };
-    for (bool over = false; !text.empty() && !over; text.remove_prefix(std::min(piece, text.size()))) {
-        const std::vector<uint8_t> bytes(text.begin(),
-                                         text.begin() + static_cast<std::ptrdiff_t>(std::min(piece, text.size())));
-        step(Codec::room(bytes.size()), [&](Cursor& end) { codec.more(bytes, end); });
-        if constexpr (requires { codec.over(); }) over = codec.over();
-    }
-    step(Codec::room(0), [&](Cursor& end) {
-        if constexpr (requires { codec.over(); }) {
-            const bool may_end = codec.finish(ended_early, end);
-            if (accepted) *accepted = may_end;
-        } else {
-            codec.finish(end);
-        }
-    });
-    return result;
-}
 
 // What an exported call did: its result, the input's offset behind it, and the output.
 struct Outcome {

@@ -1,4 +1,5 @@
-// The codecs once more, slow and obvious: a character at a time, through buffers of 256 bytes.
+// Base64 and quoted-printable once more, slow and obvious: a character at a time, through buffers of 256
+// bytes.
 #ifndef VEL_TESTS_CODEC_SLOW_CODECS_H
 #define VEL_TESTS_CODEC_SLOW_CODECS_H
 
@@ -204,103 +205,6 @@ inline int slow_binary_to_qp(SlowInput& in, SlowOutput& out) {
             qp.put(std::string(1, static_cast<char>(c)), 1);
         }
     }
-}
-
-inline std::string slow_to64(std::string_view bytes) {
-    static constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string text;
-    for (std::size_t at = 0; at < bytes.size(); at += 3) {
-        unsigned bits = 0;
-        for (std::size_t i = at; i < at + 3; ++i) {
-            bits = bits * 256 + (i < bytes.size() ? static_cast<unsigned char>(bytes[i]) : 0U);
-        }
-        for (std::size_t i = 0; i < 4; ++i) {
-            text += at + i > bytes.size() ? '=' : kAlphabet[bits >> (18 - 6 * i) & 63];
-        }
-        if (at / 3 % 18 == 17) text += "\r\n";
-    }
-    return text + "\r\n";
-}
-
-inline std::string slow_uuencode(std::string_view bytes) {
-    const auto character = [](unsigned value) { return static_cast<char>(value == 0 ? 96 : value + 32); };
-    std::string text;
-    unsigned char buffer[45] = {};
-    for (std::size_t got = 45; got > 0;) {
-        got = bytes.copy(reinterpret_cast<char*>(buffer), sizeof buffer);
-        bytes.remove_prefix(got);
-        text += character(static_cast<unsigned>(got));
-        for (std::size_t i = 0; i < got; i += 3) {
-            const unsigned bits = buffer[i] * 65536U + buffer[i + 1] * 256U + buffer[i + 2];
-            for (const int shift : {18, 12, 6, 0}) text += character(bits >> shift & 63);
-        }
-        text += "\r\n";
-    }
-    return text + "end\r\n\r\n";
-}
-
-// Lines as the line reader hands them out, within a limit; 0: none.
-class SlowLines {
-  public:
-    SlowLines(std::string_view file, std::size_t limit) : file_(file), left_(limit == 0 ? kEndless : limit) {}
-    bool next() {
-        line = file_.substr(0, std::min({file_.find('\n'), std::size_t{1023}, file_.size()}) + 1);
-        file_.remove_prefix(line.size());
-        fits = line.size() <= left_;
-        left_ = fits ? left_ - line.size() : 0;
-        return !line.empty();
-    }
-    std::size_t left() const { return left_; }
-    bool begins(std::string_view lower) const {
-        return line.size() >= lower.size() && std::equal(lower.begin(), lower.end(), line.begin(), [](char l, char c) {
-                   return l == (c >= 'A' && c <= 'Z' ? c + 32 : c);
-               });
-    }
-    std::string stripped() const {
-        std::string text = line;
-        if (!text.empty() && text.back() == '\n') text.pop_back();
-        if (!text.empty() && text.back() == '\r') text.pop_back();
-        return text;
-    }
-    bool is_end() const {
-        const std::string text = stripped();
-        return begins("end") && std::all_of(text.begin() + 3, text.end(), [](char c) { return c == ' '; });
-    }
-    std::string line;
-    bool fits = true;
-
-  private:
-    std::string_view file_;
-    std::size_t left_;
-};
-
-// Begin lines are "begin 6", more digits, a name, or cut short here.
-inline int slow_uudecode(SlowLines lines, std::string& output, std::string& name) {
-    do {
-        if (!lines.next() || !lines.fits) return 0;
-    } while (!lines.begins("begin 6"));
-    const std::string begin = lines.stripped() + ' ';
-    name = begin.substr(begin.find(' ', 6) + 1);
-    if (!name.empty()) name.pop_back();
-    for (bool end_counts = true; lines.left() > 0 && lines.next();) {
-        if (lines.is_end() && end_counts) return 1;
-        if (lines.begins("end")) end_counts = false;
-        if (lines.begins("begin 6")) return 0;
-        std::string text = lines.stripped();
-        const std::size_t count = text.empty() ? 0 : (static_cast<unsigned char>(text[0]) + 32U) % 64;
-        if (count == 0 || text[0] == '\r') {
-            return lines.left() > 2 && lines.next() && lines.is_end() && end_counts;
-        }
-        text.resize(std::max<std::size_t>(text.size(), 85), ' ');
-        for (std::size_t i = 0; i < count; ++i) {
-            const auto value = [&](std::size_t at) { return (static_cast<unsigned char>(text[at]) + 32U) % 64; };
-            const std::size_t group = 1 + i / 3 * 4;
-            const unsigned bits =
-                (value(group) << 18) + (value(group + 1) << 12) + (value(group + 2) << 6) + value(group + 3);
-            output += static_cast<char>(bits >> (16 - i % 3 * 8));
-        }
-    }
-    return 0;
 }
 
 }  // namespace vel::test
