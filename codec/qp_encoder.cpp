@@ -45,7 +45,7 @@ const uint8_t* QpEncoder<kPolicy>::inside_line(const uint8_t* at, const uint8_t*
     }
     if (at == start) return at;
     column_ += static_cast<std::size_t>(to - out);
-    previous_ = kKinds<kPolicy>[at[-1]] == Kind::escape ? 'A' : at[-1];
+    previous_ = at[-1];
     out = to;
     break_full_line(out);
     return at;
@@ -70,19 +70,19 @@ void QpEncoder<kPolicy>::plain_or_escaped(uint8_t byte, Cursor& out) {
     const Kind kind = kKinds<kPolicy>[byte];
     const bool escaped = kind == Kind::escape || (kind == Kind::dot && column_ == 0);
     late_carriage_return(out);
+    if (kind == Kind::letter_f && previous_ == '\n') {
+        matched_ = 1;
+        return;
+    }
     if (escaped) {
         put_byte(out, '=');
         put_byte(out, static_cast<uint8_t>(basis_hex[byte >> 4]));
         put_byte(out, static_cast<uint8_t>(basis_hex[byte & 15]));
-        column_ += 3;
-        previous_ = 'A';
-    } else if (kind == Kind::letter_f && previous_ == '\n') {
-        matched_ = 1;
     } else {
         put_byte(out, byte);
-        ++column_;
-        previous_ = byte;
     }
+    column_ += escaped ? 3 : 1;
+    previous_ = byte;
 }
 
 // Holds the next letter of "From" back too, or writes those that were.

@@ -45,7 +45,7 @@ class QpEncoder {
 
     std::size_t column_ = 0;        // characters on the current line
     std::size_t matched_ = 0;       // letters of "From" that are held back
-    int previous_ = 255;            // the byte before, or what stands for it
+    int previous_ = 255;            // the byte before; LF behind a soft break too
     bool carriage_return_ = false;  // a CR is held back
 };
 

@@ -57,6 +57,7 @@ TEST_F(Base64, decodes_strictly) {
     decodes("a quantum", "QUJD", 1, "ABC");
     decodes("two lines", "QUJD\r\nQUJD\r\n", 1, "ABCABC");
     decodes("every space", "Q U\tJ\vD\f\r\nQ\nU\rJD", 1, "ABCABC");
+    decodes("CR alone", "QUJD\rQUJDQUJD", 1, "ABCABCABC");
     decodes("line end within a quantum", "QUJDQ\r\nUJD", 1, "ABCABC");
     decodes("padded", "QUI=", 1, "AB");
     decodes("nothing counts behind the end", "QUI=!!!\xFF", 1, "AB");
@@ -84,6 +85,7 @@ TEST_F(Base64, count_is_used_up_exactly) {
     EXPECT_EQ(run(counted(from64, 4), "QUJDQUJD").output, "ABC");
     EXPECT_EQ(run(counted(from64, 4), "QUJ").result, -1) << "the input ends before its count";
     EXPECT_EQ(run(counted(from64, 4), "QU=").result, 1) << "the text ends before the input does";
+    EXPECT_EQ(run(counted(from64, 343), std::string(342, 'A') + "!").output, "") << "256 bytes are held back";
     EXPECT_EQ(run(counted(from64, 0), "QUJD"), (Outcome{1, 0, ""}));
     EXPECT_EQ(run(counted(from64, -1), "QUJD"), (Outcome{1, 0, ""}));
 }

@@ -64,6 +64,7 @@ class QuotedPrintable : public CodecTest {
                                               "=C3=a9",
                                               "=0D",
                                               "words that go on",
+                                              "and DEL \x7F is",
                                               std::string(71, 'x'),
                                               std::string(1, '\0')};
 };
@@ -108,6 +109,10 @@ TEST_F(QuotedPrintable, kept_carriage_return_is_held_back) {
     encodes("what stood before it counts", "a \r\r\n", "a =0D=\r\n\r\n\r\n");
     encodes("a dot behind it", "\r.", "=0D=2E=\r\n\r\n");
     encodes("From behind it", "\r\n\rFrom ", "\r\n=0D=46rom =\r\n\r\n");
+    std::string escapes;
+    for (int i = 0; i < 25; ++i) escapes += "=0D";
+    encodes("no soft break before From", "\r\n" + std::string(25, '\r') + "From me",
+            "\r\n" + escapes + "=46rom=\r\n me=\r\n\r\n");
     const std::string line(72, 'x');
     encodes("a line past 76", line + "\r\xE9z", line + "=0D=E9=\r\nz=\r\n\r\n");
 }
@@ -140,6 +145,8 @@ TEST_F(QuotedPrintable, binary_is_encoded) {
     EXPECT_EQ(encoded(".."), "=2E.=\r\n\r\n");
     EXPECT_EQ(encoded(std::string(73, 'x')), std::string(73, 'x') + "=\r\n\r\n");
     EXPECT_EQ(encoded("a\r\nFrom"), "a=0D=0AFrom=\r\n\r\n");
+    const auto behind = [](int in, int out) { return SetFilePointer(in, 4, nullptr, SEEK_SET), binaryToQp(in, out); };
+    EXPECT_EQ(run(behind, "skip a"), (Outcome{1, 6, "=20a=\r\n\r\n"}));
 }
 
 TEST_F(QuotedPrintable, text_is_decoded) {
