@@ -22,7 +22,8 @@ R at_boundary(R failed, Report&& out_of_memory, Body&& body) noexcept {
 // The same for a call that reports nothing.
 template <class R, class Body>
 R at_boundary(R failed, Body&& body) noexcept {
-    return at_boundary(failed, [] {}, std::forward<Body>(body));
+    return at_boundary(
+        failed, [] {}, std::forward<Body>(body));
 }
 
 }  // namespace vel

@@ -25,6 +25,12 @@ class ChainTail {
     ms** end_;
 };
 
+// Releases a chain that a record owns.
+inline void clear_chain(ms*& chain) {
+    freeStringChain(chain);
+    chain = nullptr;
+}
+
 }  // namespace vel
 
 #endif

@@ -11,8 +11,16 @@
 namespace {
 
 constexpr mode_t kNoAccessForOthers = 007;
-constexpr mode_t kTargetMode = 0666;  // as far as the umask lets it
+constexpr mode_t kTargetMode = 0666;   // as far as the umask lets it
 constexpr std::size_t kPiece = 65536;  // one system call a piece; the pieces cannot be seen from outside
+
+// Truncating the target would empty the source.
+bool is_same_file(int source, const char* target) {
+    struct stat from {};
+    struct stat to {};
+    return ::fstat(source, &from) == 0 && ::stat(target, &to) == 0 && from.st_dev == to.st_dev &&
+           from.st_ino == to.st_ino;
+}
 
 }  // namespace
 
@@ -20,7 +28,7 @@ extern "C" int CopyFile(const char* source, const char* target, int) {
     ::umask(kNoAccessForOthers);
     if (!source || !target) return 0;
     const vel::Descriptor from(::open(source, O_RDONLY | O_CLOEXEC));
-    if (!from) return 0;
+    if (!from || is_same_file(from.get(), target)) return 0;
     const vel::Descriptor to(::open(target, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kTargetMode));
     if (!to) return 0;
     std::array<char, kPiece> piece;

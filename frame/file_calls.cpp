@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "frame/access.h"
 #include "frame/file_pool.h"
 #include "frame/line_file.h"
 #include "frame/log.h"
@@ -17,7 +18,6 @@ namespace vel {
 namespace {
 
 constexpr Setting<10> kLogFileIO{"Debug", "LogFileIO", "FALSE"};
-constexpr int kWriteAccess = 2;
 constexpr mode_t kFileMode = 0600;
 
 // Logs an open or a close when the operator asked for it.
@@ -37,10 +37,11 @@ bool fits(int fd) {
 }
 
 Descriptor open_existing(const char* path, int access) {
-    Descriptor fd(::open(path, (access & kWriteAccess ? O_WRONLY : O_RDONLY) | O_CLOEXEC, kFileMode));
+    Descriptor fd(::open(path, (access & kForWriting ? O_WRONLY : O_RDONLY) | O_CLOEXEC, kFileMode));
     return fd && !fits(fd.get()) ? Descriptor() : std::move(fd);
 }
 
+// Kept: an existing file is not truncated.
 Descriptor open_created(const char* path) {
     return Descriptor(::open(path, O_WRONLY | O_CREAT | O_CLOEXEC, kFileMode));
 }
@@ -59,7 +60,7 @@ VEL_FILE* make_record(Descriptor fd, const char* path, int mode, int buffered) {
     }
     file->fd = fd.release();
     file->mode = mode;
-    file->buffered = buffered;
+    file->buffered = buffered != 0;
     return file;
 }
 
@@ -71,7 +72,7 @@ int pool_record(VEL_FILE* file) {
 }
 
 VEL_FILE* open_record(Descriptor fd, const char* path, int access, int buffered) {
-    return make_record(std::move(fd), path, access & kWriteAccess ? 1 : 0, buffered);
+    return make_record(std::move(fd), path, access & kForWriting ? 1 : 0, buffered);
 }
 
 // Ends a file: writes what it holds back and traces. Returns errno's value when the write fell short.
@@ -126,7 +127,8 @@ int fileopen(const char* path, int access, int buffered) {
 }
 
 int filecreate(const char* path, int, int buffered) {
-    vel::Descriptor fd = vel::is_empty(path) ? vel::Descriptor() : vel::open_created(path);
+    if (vel::is_empty(path)) return -1;
+    vel::Descriptor fd = vel::open_created(path);
     if (!fd) {
         vel::log_text(vel::kLogError, "open failed");
         return -1;
@@ -170,7 +172,8 @@ VEL_FILE* FileOpen(const char* path, int access) {
 }
 
 VEL_FILE* FileCreate(const char* path) {
-    vel::Descriptor fd = vel::is_empty(path) ? vel::Descriptor() : vel::open_created(path);
+    if (vel::is_empty(path)) return nullptr;
+    vel::Descriptor fd = vel::open_created(path);
     if (!fd) return nullptr;
     VEL_FILE* file = vel::make_record(std::move(fd), path, 1, 0);
     if (file) vel::trace_open("filecreate", file);

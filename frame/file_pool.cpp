@@ -1,9 +1,9 @@
 #include "frame/file_pool.h"
 
+#include <algorithm>
 #include <array>
 #include <functional>
 #include <memory>
-#include <queue>
 #include <vector>
 
 #include "frame/at_boundary.h"
@@ -70,21 +70,27 @@ struct IndexedPool : file_pool {
     IndexedPool() : file_pool{} {}
 
     std::vector<std::unique_ptr<PlacedNode>> nodes;
-    std::priority_queue<std::size_t, std::vector<std::size_t>, std::greater<>> free;  // the first one on top
+    std::vector<std::size_t> free;  // a heap, the first place on top; it has room for all nodes
     DescriptorIndex index;
 };
 
 IndexedPool& indexed(file_pool* pool) { return static_cast<IndexedPool&>(*pool); }
 
+void offer(IndexedPool& pool, std::size_t place) {
+    pool.free.push_back(place);
+    std::push_heap(pool.free.begin(), pool.free.end(), std::greater<>());
+}
+
+void take_first(IndexedPool& pool) {
+    std::pop_heap(pool.free.begin(), pool.free.end(), std::greater<>());
+    pool.free.pop_back();
+}
+
 void append_node(IndexedPool& pool) {
     const std::size_t place = pool.nodes.size();
-    pool.free.push(place);
-    try {
-        pool.nodes.push_back(std::make_unique<PlacedNode>(place));
-    } catch (...) {
-        pool.free.pop();
-        throw;
-    }
+    pool.free.reserve(place + 1);
+    pool.nodes.push_back(std::make_unique<PlacedNode>(place));
+    offer(pool, place);
     vel_file_node* node = pool.nodes.back().get();
     (place == 0 ? pool.head : pool.nodes[place - 1]->next).store(node, std::memory_order_release);
     pool.count.fetch_add(1, std::memory_order_release);
@@ -93,10 +99,10 @@ void append_node(IndexedPool& pool) {
 void link_file(IndexedPool& pool, VEL_FILE* file) {
     const CriticalSectionHeld held(filecs);
     if (pool.free.empty()) append_node(pool);
-    PlacedNode* node = pool.nodes[pool.free.top()].get();
+    PlacedNode* node = pool.nodes[pool.free.front()].get();
     node->file = file;
     if (pool.index.covers(file->fd)) pool.index.set(file->fd, node);
-    pool.free.pop();
+    take_first(pool);
     node->used.store(1, std::memory_order_release);
 }
 
@@ -115,7 +121,7 @@ vel_file_node* find_node(const IndexedPool& pool, long fd) {
 
 void offer_again(IndexedPool& pool, const vel_file_node* node) {
     const CriticalSectionHeld held(filecs);
-    pool.free.push(static_cast<const PlacedNode*>(node)->place);
+    offer(pool, static_cast<const PlacedNode*>(node)->place);
 }
 
 }  // namespace
@@ -142,10 +148,8 @@ int DelFromFilePool(file_pool* pool, long fd) {
     if (!node) return 0;
     // The index forgets the descriptor before it is closed: from then on another thread may get it.
     if (all.index.covers(fd)) all.index.clear(fd, node);
-    return vel::at_boundary(0, [&] {
-        if (f(node, fd, 1)) vel::offer_again(all, node);
-        return 0;
-    });
+    if (f(node, fd, 1)) vel::offer_again(all, node);
+    return 0;
 }
 
 int f(vel_file_node* node, long fd, int release) {

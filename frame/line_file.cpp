@@ -3,6 +3,7 @@
 // Kept: a last line without LF that ends exactly where a full block ended is dropped (read_line).
 // Kept: outch on a buffered file counts a flushed block twice (out).
 // Kept: a step back moves the cursor only; the character handed in is not written back (step_back).
+// Kept: positioning drops what is buffered and not written (set_position).
 #include "frame/line_file.h"
 
 #include <algorithm>
@@ -60,14 +61,8 @@ bool write_all(int fd, const void* data, std::size_t length) {
 
 // Reads the next block. On failure the record stays as it was, so that a retry reads again.
 bool LineFile::fill(const char* message) {
-    ssize_t got = -1;
-    if (f_.pos > INT32_MAX - kBlock && f_.pos != INT32_MAX) {
-        got = read_again(f_.fd, f_.buf, static_cast<std::size_t>(INT32_MAX - f_.pos));
-    } else if (f_.pos == INT32_MAX) {
-        errno = EFBIG;
-    } else {
-        got = read_again(f_.fd, f_.buf, kBlock);
-    }
+    const int32_t room = std::min(kBlock, INT32_MAX - f_.pos);  // a file ends where positions do
+    const ssize_t got = can_read() ? read_again(f_.fd, f_.buf, static_cast<std::size_t>(room)) : -1;
     if (got < 0) {
         log_text(kLogError, message);
         return false;
@@ -78,7 +73,7 @@ bool LineFile::fill(const char* message) {
 }
 
 LineResult LineFile::next(std::string_view& line) {
-    if (!f_.cur && !fill("ReadFile failed.")) return LineResult::error;
+    if (needs_block() && !fill("ReadFile failed.")) return LineResult::error;
     if (f_.cnt == 0 || at_end()) return LineResult::end;
 
     std::size_t length = 0;
@@ -113,8 +108,7 @@ int LineFile::read_line(char** line) {
 }
 
 int LineFile::in() {
-    if (!f_.cur && !fill("inch: ReadFile failed.")) return -1;
-    if (f_.cur == f_.buf + kBlock && !fill("inch: ReadFile failed.")) return -1;
+    if ((needs_block() || f_.cur == f_.buf + kBlock) && !fill("inch: ReadFile failed.")) return -1;
     if (f_.cnt == 0 || f_.cur == f_.buf + f_.cnt) return -1;
     ++f_.pos;
     return *f_.cur++;
@@ -128,8 +122,7 @@ void LineFile::step_back() {
         return;
     }
     ::lseek(f_.fd, -(static_cast<off_t>(f_.cnt) + 1), SEEK_CUR);
-    f_.cur = nullptr;
-    f_.cnt = 0;
+    drop_buffer();
 }
 
 // Positions are 31 bits: a write that would pass the last one fails.
@@ -139,8 +132,23 @@ bool LineFile::would_overflow(std::size_t more) {
     return true;
 }
 
-void LineFile::start_buffer() {
-    if (f_.cur) return;
+// cnt counts valid bytes for a reader and free ones for a writer, so that one file never does both.
+bool LineFile::can_read() const {
+    if (f_.mode == 0) return true;
+    errno = EBADF;
+    return false;
+}
+
+bool LineFile::start_buffer() {
+    if (f_.mode == 0) {
+        errno = EBADF;
+        return false;
+    }
+    if (!f_.cur) empty_buffer();
+    return true;
+}
+
+void LineFile::empty_buffer() {
     f_.cur = f_.buf;
     f_.cnt = kBlock;
 }
@@ -151,6 +159,18 @@ bool LineFile::write_block(const uint8_t* block, const char* message) {
     return false;
 }
 
+// The descriptor's offset becomes the position; one that does not fit fails, and a pipe has none.
+bool LineFile::take_real_offset() {
+    const off_t offset = ::lseek(f_.fd, 0, SEEK_CUR);
+    if (offset > INT32_MAX) {
+        errno = EFBIG;
+        return false;
+    }
+    if (offset != -1) f_.pos = static_cast<int32_t>(offset);
+    f_.flushpos = f_.pos;
+    return true;
+}
+
 int LineFile::put(std::string_view text) {
     constexpr const char* kFailed = "putline: WriteFile failed.";
     if (would_overflow(text.size())) return -1;
@@ -159,14 +179,14 @@ int LineFile::put(std::string_view text) {
         f_.pos += static_cast<int32_t>(text.size());
         return 1;
     }
-    start_buffer();
+    if (!start_buffer()) return -1;
     if (const auto room = static_cast<std::size_t>(f_.cnt); text.size() >= room) {
         std::memcpy(f_.cur, text.data(), room);
         if (!write_block(f_.buf, kFailed)) return -1;
-        f_.pos = f_.flushpos = static_cast<int32_t>(::lseek(f_.fd, 0, SEEK_CUR));
-        f_.cur = f_.buf;
-        f_.cnt = kBlock;
+        f_.pos += static_cast<int32_t>(room);
+        empty_buffer();
         text.remove_prefix(room);
+        if (!take_real_offset() || would_overflow(text.size())) return -1;
         for (; text.size() >= kBlock; text.remove_prefix(kBlock)) {
             if (!write_block(reinterpret_cast<const uint8_t*>(text.data()), kFailed)) return -1;
             f_.pos += kBlock;
@@ -186,13 +206,12 @@ int LineFile::out(int character) {
         ++f_.pos;
         return 1;
     }
-    start_buffer();
+    if (!start_buffer()) return -1;
     if (f_.cnt <= 0) {
         if (would_overflow(kBlock + 1)) return -1;
         if (!write_block(f_.buf, "outch: WriteFile failed.")) return -1;
         f_.pos += kBlock;  // Kept: these bytes were counted one by one before.
-        f_.cur = f_.buf;
-        f_.cnt = kBlock;
+        empty_buffer();
     } else if (would_overflow(1)) {
         return -1;
     }
@@ -202,9 +221,13 @@ int LineFile::out(int character) {
     return 1;
 }
 
-int LineFile::set_position(int32_t position) {
+void LineFile::drop_buffer() {
     f_.cur = nullptr;
     f_.cnt = 0;
+}
+
+int LineFile::set_position(int32_t position) {
+    drop_buffer();
     if (::lseek(f_.fd, position, SEEK_SET) == -1) {
         log_text(kLogError, "setfpos: Internal file I/O error");
         return -1;
@@ -213,8 +236,10 @@ int LineFile::set_position(int32_t position) {
 }
 
 bool LineFile::flush() {
-    if (f_.buffered != 1 || f_.mode != 1 || !f_.cur || f_.cur == f_.buf) return true;
-    return write_all(f_.fd, f_.buf, static_cast<std::size_t>(kBlock - f_.cnt));
+    if (!f_.buffered || f_.mode != 1 || !f_.cur || f_.cur == f_.buf) return true;
+    if (!write_all(f_.fd, f_.buf, static_cast<std::size_t>(kBlock - f_.cnt))) return false;
+    empty_buffer();
+    return true;
 }
 
 }  // namespace vel

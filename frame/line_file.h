@@ -17,7 +17,7 @@ void DelVEL_FILE(VEL_FILE** file);
 
 namespace vel {
 
-constexpr int kBlock = 4096;          // bytes moved by one read or buffered write
+constexpr int kBlock = 4096;            // bytes moved by one read or buffered write
 constexpr std::size_t kLineMax = 1024;  // bytes handed out as one line
 
 enum class LineResult { error = -1, end = 0, line = 1 };
@@ -41,12 +41,19 @@ class LineFile {
     // Writes what a buffered file holds back; false when the write falls short.
     bool flush();
 
+    // Forgets what is in the buffer: what was read is read again, what was not written never will be.
+    void drop_buffer();
+
   private:
+    bool needs_block() const { return !f_.cur || f_.mode != 0; }
+    bool can_read() const;
     bool fill(const char* message);
     bool at_end() const { return f_.cur == f_.buf + f_.cnt && f_.cnt < kBlock; }
     bool write_block(const uint8_t* block, const char* message);
     bool would_overflow(std::size_t more);
-    void start_buffer();
+    bool start_buffer();
+    void empty_buffer();
+    bool take_real_offset();
 
     VEL_FILE& f_;
 };

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <string>
 
+#include "frame/access.h"
 #include "frame/at_boundary.h"
 #include "frame/log.h"
 #include "frame/settings.h"
@@ -12,7 +13,6 @@ namespace vel {
 namespace {
 
 constexpr Setting<256> kLogLocking{"Debug", "LogLocking", "NO"};
-constexpr int kForWriting = 2;
 
 std::string lock_file_of(const char* path) { return std::string(path) + ".lck"; }
 

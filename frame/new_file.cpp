@@ -1,23 +1,12 @@
 #include "frame/new_file.h"
 
-#include <sys/stat.h>
-
 #include <cstdio>
 
+#include "frame/access.h"
 #include "frame/file_pool.h"
+#include "frame/line_file.h"
 
 namespace vel {
-namespace {
-
-constexpr int kForWriting = 2;
-
-// Buffered output fails late, when the file is closed, and silently: what stands on disk decides.
-bool holds(const char* path, off_t written) {
-    struct stat status {};
-    return ::stat(path, &status) == 0 && status.st_size >= written;
-}
-
-}  // namespace
 
 std::optional<NewFile> NewFile::create(const char* prefix, Writes writes) {
     COwned<char> path(_veltempnam(nullptr, prefix));
@@ -28,18 +17,15 @@ std::optional<NewFile> NewFile::create(const char* prefix, Writes writes) {
 }
 
 char* NewFile::keep() {
-    const VEL_FILE* file = pooled_file(handle_);
-    const off_t written = file && file->buffered ? file->pos : 0;
+    VEL_FILE* file = pooled_file(handle_);
+    if (!file || !LineFile(file).flush()) return nullptr;
     fileclose(std::exchange(handle_, -1));
-    if (!holds(path_.get(), written)) {
-        std::remove(path_.get());
-        return nullptr;
-    }
     return path_.release();
 }
 
 NewFile::~NewFile() {
     if (handle_ == -1) return;
+    if (VEL_FILE* file = pooled_file(handle_)) LineFile(file).drop_buffer();
     fileclose(handle_);
     std::remove(path_.get());
 }

@@ -22,8 +22,8 @@ class NewFile {
     // The pooled descriptor, for the descriptor calls.
     int handle() const { return handle_; }
 
-    // Closes the file and hands its path over. Null, with the file removed, when less stands in it
-    // than was written.
+    // Closes the file and hands its path over. Null when what is buffered cannot be written; the file
+    // goes with this object then.
     char* keep();
 
   private:

@@ -1,6 +1,4 @@
 // Start-up and shut-down: the one place that knows what the library is made of.
-#include "frame/startup.h"
-
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -17,9 +15,9 @@ char VELQueueDir[4095];
 char VELTempDir[4095];
 char VELInstallDir[4095];
 char VELLogFileName[32];
-}
 int32_t bCalledInitVELDll = 0;
 int32_t bCalledInitVELDll_NOMQ = 0;
+}
 
 namespace vel {
 namespace {

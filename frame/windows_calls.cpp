@@ -4,12 +4,10 @@
 
 #include <cerrno>
 
+#include "frame/access.h"
 #include "frame/line_file.h"
 
 namespace {
-
-constexpr int kRead = 1;   // the second argument of CreateFile
-constexpr int kWrite = 2;  // the access value of fileopen and filecreate
 
 ssize_t write_again(int fd, const void* data, std::size_t length) {
     ssize_t put = 0;
@@ -22,7 +20,10 @@ ssize_t write_again(int fd, const void* data, std::size_t length) {
 
 extern "C" {
 
-int CreateFile(const char* path, int how) { return how & kRead ? fileopen(path, 1, 0) : filecreate(path, kWrite, 0); }
+int CreateFile(const char* path, int how) {
+    return how & vel::kForReading ? fileopen(path, vel::kForReading, vel::kUnbuffered)
+                                  : filecreate(path, vel::kForWriting, vel::kUnbuffered);
+}
 
 int ReadFile(int handle, void* buffer, uint32_t length, uint32_t* got, void*) {
     if (handle == -1) return 0;
@@ -47,7 +48,10 @@ uint32_t GetFileSize(int handle, uint32_t*) {
 
 int32_t SetFilePointer(int handle, int32_t offset, int32_t*, int whence) {
     if (handle == -1) return 0;
-    return static_cast<int32_t>(::lseek(handle, offset, whence));
+    const off_t reached = ::lseek(handle, offset, whence);
+    if (reached <= INT32_MAX) return static_cast<int32_t>(reached);
+    errno = EFBIG;
+    return -1;
 }
 
 // Kept: the file is cut to the size that it has, which leaves it as it is.

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string_view>
 
+#include "frame/access.h"
 #include "frame/ascii.h"
 #include "frame/at_boundary.h"
 #include "frame/line_file.h"
@@ -19,7 +20,6 @@
 namespace vel {
 namespace {
 
-constexpr int kForReading = 1;
 constexpr const char* kPrefix = "MIME";
 constexpr std::size_t kPiece = 65536;  // bytes copied at once
 
@@ -67,7 +67,7 @@ class BodyExtraction {
         if (!output) return nullptr;
         if (length() == 0) return output->keep();
         clear_text(record_.trueName);
-        const OpenHandle input(fileopen(record_.fileName, kForReading, 0));
+        const OpenHandle input(fileopen(record_.fileName, kForReading, kUnbuffered));
         if (!input || setfpos(input.get(), static_cast<int32_t>(record_.bodyStart)) == -1) return nullptr;
         const int result = uudecode(input.get(), length(), output->handle(), &record_.trueName);
         char* path = result == 1 ? output->keep() : nullptr;

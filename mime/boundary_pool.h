@@ -3,10 +3,10 @@
 #define VEL_MIME_BOUNDARY_POOL_H
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <set>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 struct boundary_node {
@@ -19,7 +19,7 @@ struct boundary_node {
 // without looking at each of thousands.
 struct boundary_pool {
     std::vector<std::unique_ptr<boundary_node>> items;
-    std::unordered_map<std::string, std::set<int32_t>> levels;  // by delimiter in lower case
+    std::map<std::string, std::set<int32_t>> levels;  // by delimiter in lower case
 };
 
 // Puts a delimiter at a level: below the count it replaces the one there, else it is appended.

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "frame/chain.h"
 #include "frame/owned.h"
 #include "mime/field_error.h"
 #include "mime/header_fields.h"

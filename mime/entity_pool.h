@@ -25,11 +25,11 @@ class EntityPool {
     int give(mime_msg_pool** pool);
 
   private:
-    struct Freed {
+    struct WithRecords {
         void operator()(mime_msg_pool* pool) const { MimeFreeMessage(&pool); }
     };
     const char* path_;
-    std::unique_ptr<mime_msg_pool, Freed> pool_;
+    std::unique_ptr<mime_msg_pool, WithRecords> pool_;
 };
 
 // The types under which embedded files are recorded.
@@ -39,7 +39,7 @@ MimeMsg& add_binhex(EntityPool& pool, uint32_t start, uint32_t end);
 // Throws std::bad_alloc when an operation on a pool or tree ran out of memory.
 void expect_memory(int result);
 
-// The size of an open file; positions behind it are never stored.
+// The size of an open file.
 uint32_t size_of(const VEL_FILE& file);
 
 }  // namespace vel

@@ -55,7 +55,7 @@ class Skipper {
         if (at_line_end(at_)) {
             if (!read_on()) return Step::failed;
             if (is_blank(*at_)) return Step::between;
-            put_back();
+            if (!put_back()) return Step::failed;
         }
         return outer_ == 0 ? Step::found : back_to_outer_comment();
     }
@@ -90,10 +90,11 @@ class Skipper {
     bool read_on() { return (at_ = read_header_line(file_, began_)) != nullptr; }
 
     // The line belongs to the next field: it will be read again.
-    void put_back() {
-        SetFilePos(file_, began_);
+    bool put_back() {
+        if (SetFilePos(file_, began_) == -1) return false;
         std::memcpy(file_->line, "\r\n", sizeof "\r\n");
         at_ = file_->line;
+        return true;
     }
 
     VEL_FILE* file_;

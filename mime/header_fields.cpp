@@ -39,11 +39,6 @@ double to_double(const char* text) {
 
 }  // namespace
 
-void clear_chain(ms*& chain) {
-    freeStringChain(chain);
-    chain = nullptr;
-}
-
 char* begin_value(const FieldBeingRead& field) {
     char* value = EatCommentsAndSpace(field.file, field.value);
     return value && *value && !at_line_end(value) ? value : nullptr;
@@ -101,11 +96,14 @@ int parse_content_transfer_encoding(const FieldBeingRead& field) {
 
 extern "C" int ParseMimeHeaders(VEL_FILE* file, MimeMsg* record, char* line) {
     if (!file || !record || !line) return -1;
-    const auto* row = std::find_if(std::begin(vel::kFields), std::end(vel::kFields), [=](const vel::FieldRow& known) {
-        return vel::ascii::starts_with_ignoring_case(line, known.name);
-    });
+    const auto* row = std::find_if(std::begin(vel::kFields), std::end(vel::kFields),
+                                   [text = std::string_view(line)](const vel::FieldRow& known) {
+                                       return vel::ascii::starts_with_ignoring_case(text, known.name);
+                                   });
     if (row == std::end(vel::kFields)) return 0;
     return vel::at_boundary(
         -1, [] { vel::log_text(vel::kLogError, vel::kOutOfMemory); },
-        [=] { return row->parse({file, *record, row->name, line + std::strlen(row->name)}); });
+        [=] {
+            return row->parse({file, *record, row->name, line + std::strlen(row->name)});
+        });
 }

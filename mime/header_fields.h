@@ -28,9 +28,6 @@ char* begin_value(const FieldBeingRead& field);
 // 0 when nothing but comments stands between a position and the field's end.
 int expect_field_end(const FieldBeingRead& field, char* position);
 
-// Releases a chain that a record owns.
-void clear_chain(ms*& chain);
-
 }  // namespace vel
 
 #endif

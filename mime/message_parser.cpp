@@ -5,6 +5,8 @@
 //       of the bare delimiter line, so that anything behind the delimiter stays in the body.
 // Kept: a last part without a delimiter behind it is dropped.
 // Kept: queue envelope lines are skipped in every header block, also of a part.
+// Kept: each piece of a line of more than 1024 bytes counts as a line.
+// Kept: the boundary "VEL" counts as no delimiter, so that its first part runs to the end of the file.
 #include <optional>
 #include <string>
 #include <string_view>
@@ -67,8 +69,13 @@ std::string_view boundary_value(const MimeMsg& record) {
 class MessageParser {
   public:
     MessageParser(const char* path, VEL_FILE* file, bool nested)
-        : file_(file), lines_(file), nested_(nested), strict_(is(read(kStrictParsing), "YES")), size_(size_of(*file)),
-          pool_(path), record_(&pool_.add(0)) {}
+        : file_(file),
+          lines_(file),
+          nested_(nested),
+          strict_(is(read(kStrictParsing), "YES")),
+          size_(size_of(*file)),
+          pool_(path),
+          record_(&pool_.add(0)) {}
     MessageParser(const MessageParser&) = delete;
     MessageParser& operator=(const MessageParser&) = delete;
     ~MessageParser() { FreeMsgPool(&containers_); }
@@ -195,7 +202,7 @@ class MessageParser {
     void end_body(uint32_t end, uint32_t resume) {
         attach();
         record_->bodyEnd = end;
-        SetFilePos(file_, static_cast<int32_t>(resume));
+        if (SetFilePos(file_, static_cast<int32_t>(resume)) == -1) throw ParseFailure{kReadFailed};
         next_record();
     }
 
@@ -203,8 +210,8 @@ class MessageParser {
         const std::optional<EmbeddedFile> found = scan.line(line, start, position());
         if (!found) return;
         const bool uuencoded = found->kind == EmbeddedKind::uuencode;
-        MimeMsg& embedded = uuencoded ? add_uuencoded(pool_, found->start, found->end)
-                                      : add_binhex(pool_, found->start, found->end);
+        MimeMsg& embedded =
+            uuencoded ? add_uuencoded(pool_, found->start, found->end) : add_binhex(pool_, found->start, found->end);
         expect_memory(AddMsgNodeToTree(record_, &embedded));
         log_line(kLogNotice, "Found embedded %s attachment in body %s/%s", uuencoded ? "UUEncode" : "Binhex",
                  record_->contentType ? record_->contentType : "<unknown>",
@@ -214,7 +221,7 @@ class MessageParser {
     // ---- Levels
 
     // Leaves levels at a delimiter line. False when none is left, which ends the parse.
-    bool roll_back(const std::string& line, const char* without_delimiter) {
+    bool roll_back(const std::string& line, const char* failure_without_delimiter) {
         if (RollBackMimeLevel(file_, &containers_, &boundaries_, &level_, line.c_str(), nested_) != 0) {
             throw ParseFailure{kNotValid};
         }
@@ -223,7 +230,7 @@ class MessageParser {
             return false;
         }
         const char* delimiter = GetBoundaryFromPool(&boundaries_, level_);
-        if (!delimiter) throw ParseFailure{without_delimiter};
+        if (!delimiter) throw ParseFailure{failure_without_delimiter};
         container_ = GetFromMsgPool(&containers_, level_);
         if (!container_) throw ParseFailure{kNotValid};
         delimiter_ = delimiter;

@@ -105,7 +105,8 @@ class ParameterParser {
         while (*end && !((*end == ';' || *end == '\r' || *end == '\n') && end[-1] != '\\')) ++end;
         take_until(end);
         // A blank value has swallowed the CR: the field ends at the LF that is left.
-        return end[0] == '\n' && end[-1] == '\r' ? Outcome::done : Outcome::more;
+        return std::string_view(equals, static_cast<std::size_t>(end - equals)) == "=\r" ? Outcome::done
+                                                                                         : Outcome::more;
     }
 
     // Adds the text from the parameter's name on as it stands.

@@ -1,15 +1,13 @@
 // The choice between the two parsers, by the message's MIME-Version (RFC 2045 section 4).
 #include <memory>
 
+#include "frame/access.h"
 #include "mime/parse_failure.h"
 #include "vel/mime.h"
 #include "vel/rfc822.h"
 
 namespace vel {
 namespace {
-
-constexpr int kForReading = 1;
-constexpr int kBuffered = 1;
 
 struct HeaderFreed {
     void operator()(addr822* header) const { Free822Header(header); }

@@ -36,17 +36,18 @@ bool QuotedValue::append(std::string_view characters, std::size_t claim) {
 }
 
 // Goes on behind the blank that begins a continuation line.
-char* QuotedValue::next_line(char*& position) {
+bool QuotedValue::next_line(char*& position) {
     position = ReadNextHeaderLine(file_);
     if (!position) {
         field_invalid_because(field_, "Premature end of file, or file read error.");
-    } else if (!is_blank(*position)) {
-        missing_quote(field_);
-        position = nullptr;
-    } else {
-        ++position;
+        return false;
     }
-    return position;
+    if (!is_blank(*position)) {
+        missing_quote(field_);
+        return false;
+    }
+    ++position;
+    return true;
 }
 
 char* QuotedValue::read(char* at) {

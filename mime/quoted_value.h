@@ -21,7 +21,7 @@ class QuotedValue {
     const std::string& text() const { return text_; }
 
   private:
-    char* next_line(char*& position);
+    bool next_line(char*& position);
     bool append(std::string_view characters, std::size_t claim);
 
     VEL_FILE* file_;

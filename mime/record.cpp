@@ -1,13 +1,12 @@
 #include "mime/record.h"
 
-#include <bit>
 #include <cstdlib>
 
 #include "frame/ascii.h"
 #include "frame/at_boundary.h"
+#include "frame/chain.h"
 #include "frame/owned.h"
 #include "mime/growing_array.h"
-#include "mime/header_fields.h"
 
 static_assert(sizeof(void*) != 4 || sizeof(MimeMsg) == 72);
 

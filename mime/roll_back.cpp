@@ -34,8 +34,8 @@ class RollBack {
   private:
     enum class Outcome { again, done, failed };
 
-    // A closing delimiter: the level around takes over at its next delimiter line, which line receives
-    // when it leads further out.
+    // A closing delimiter: the level around takes over at its next delimiter line. When that leads further
+    // out, it becomes the line to go on with.
     Outcome close(const std::string& delimiter, std::string& line) {
         const std::string opened = delimiter.substr(0, delimiter.size() - kClosingMark.size());
         leave_for(GetMimeLevelFromBoundary(level_, opened.c_str(), boundaries_, 1), position());
@@ -66,12 +66,15 @@ class RollBack {
         return Outcome::done;
     }
 
-    // Ends the container of the current level and those above the new one.
+    // Ends the container of the current level, in any case, and all others above the new level.
     void leave_for(int new_level, uint32_t end) {
-        for (int left = level_; left > new_level || left == level_; --left) {
-            if (MimeMsg* container = GetFromMsgPool(containers_, left)) container->bodyEnd = end;
-        }
+        end_container(level_, end);
+        for (int left = level_ - 1; left > new_level; --left) end_container(left, end);
         level_ = new_level;
+    }
+
+    void end_container(int level, uint32_t end) {
+        if (MimeMsg* container = GetFromMsgPool(containers_, level)) container->bodyEnd = end;
     }
 
     uint32_t position() const { return static_cast<uint32_t>(GetFilePos(file_)); }

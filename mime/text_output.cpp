@@ -3,6 +3,7 @@
 #include <optional>
 #include <string_view>
 
+#include "frame/access.h"
 #include "frame/at_boundary.h"
 #include "frame/file_pool.h"
 #include "frame/line_file.h"
@@ -15,8 +16,6 @@
 namespace vel {
 namespace {
 
-constexpr int kForReading = 1;
-constexpr int kBuffered = 1;
 constexpr const char* kHeaderPrefix = "MIME";
 constexpr const char* kTextPrefix = "mime";  // Kept: the one prefix in lower case.
 
@@ -26,28 +25,29 @@ class LineCopy {
     LineCopy(const MimeMsg& record, uint32_t start, const char* prefix)
         : input_(fileopen(record.fileName, kForReading, kBuffered)),
           output_(NewFile::create(prefix, NewFile::Writes::buffered)),
-          ready_(input_ && output_ && go_to(start)) {}
+          ready_(input_ && output_) {
+        if (ready_) go_to(start);
+    }
 
+    // Nothing has failed so far.
     bool ready() const { return ready_; }
 
     // False at the end of the file, and on an error, which fails the copy.
     bool next(std::string_view& line) {
         const LineResult result = lines().next(line);
-        if (result == LineResult::error) ready_ = false;
+        ready_ = ready_ && result != LineResult::error;
         return result == LineResult::line;
     }
 
-    bool write(std::string_view text) {
-        if (LineFile(pooled_file(output_->handle())).put(text) != 1) ready_ = false;
-        return ready_;
-    }
+    void write(std::string_view text) { ready_ = ready_ && LineFile(pooled_file(output_->handle())).put(text) == 1; }
 
-    uint32_t position() const { return static_cast<uint32_t>(lines().position()); }
-    bool go_to(uint32_t offset) const { return lines().set_position(static_cast<int32_t>(offset)) != -1; }
+    void go_to(uint32_t offset) { ready_ = ready_ && lines().set_position(static_cast<int32_t>(offset)) != -1; }
+
+    uint32_t position() { return static_cast<uint32_t>(lines().position()); }
     char* keep() { return ready_ ? output_->keep() : nullptr; }
 
   private:
-    LineFile lines() const { return LineFile(pooled_file(input_.get())); }
+    LineFile lines() { return LineFile(pooled_file(input_.get())); }
 
     OpenHandle input_;
     std::optional<NewFile> output_;
@@ -74,7 +74,7 @@ char* text_between_children(const MimeMsg& record) {
     std::string_view line;
     while (copy.ready() && copy.position() < record.bodyEnd && copy.next(line)) {
         if (child < record.numChildren && copy.position() > record.children[child]->bodyStart) {
-            if (!copy.go_to(record.children[child++]->bodyEnd)) return nullptr;
+            copy.go_to(record.children[child++]->bodyEnd);
         } else {
             copy.write(line);
         }

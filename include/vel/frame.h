@@ -13,13 +13,15 @@ extern "C" {
 /* ---- Start-up -------------------------------------------------------------------------------- */
 
 /* Set at start-up, read everywhere; no lock guards them. */
-extern VEL_API char iniFileName[16];     /* "ostra.ini" */
-extern VEL_API char appName[32];         /* the caller's module name, at most 31 characters */
-extern VEL_API char VELQueueDir[4095];   /* [Gateway] QueueDirectory */
-extern VEL_API char VELTempDir[4095];    /* [Gateway] TemporaryDirectory */
-extern VEL_API char VELInstallDir[4095]; /* [Config] InstallDirectory */
-extern VEL_API char VELLogFileName[32];  /* "ostra.log", set by InitVELDll_NOMQ only */
-extern VEL_API int32_t INI_MODE;         /* 0: INI file (default), 1: configuration interface; else reads give 0 */
+extern VEL_API char iniFileName[16];           /* "ostra.ini" */
+extern VEL_API char appName[32];               /* the caller's module name, at most 31 characters */
+extern VEL_API char VELQueueDir[4095];         /* [Gateway] QueueDirectory */
+extern VEL_API char VELTempDir[4095];          /* [Gateway] TemporaryDirectory */
+extern VEL_API char VELInstallDir[4095];       /* [Config] InstallDirectory */
+extern VEL_API char VELLogFileName[32];        /* "ostra.log", set by InitVELDll_NOMQ only */
+extern VEL_API int32_t bCalledInitVELDll;      /* 1 after a successful InitVELDll */
+extern VEL_API int32_t bCalledInitVELDll_NOMQ; /* cleared by TerminateVELDll, never set */
+extern VEL_API int32_t INI_MODE; /* 0: INI file (default), 1: configuration interface; else reads give 0 */
 
 /* Starts the library with the message queue.
      name  the calling module's name, for the log; null counts as empty
@@ -100,7 +102,7 @@ VEL_API int fileopen(const char* path, int access, int buffered);
 /* Opens a file for writing, creating it (0600) when it is missing. An existing file is not
    truncated: its tail stays behind what is written.
      access  has no effect
-   Returns the descriptor, or -1 with "open failed", "Unable to allocate VEL_FILE object" or "Unable
+   Returns the descriptor, or -1: silently for a null or empty path, else with "open failed", "Unable to allocate VEL_FILE object" or "Unable
    to insert VEL_FILE object to memory pool". */
 VEL_API int filecreate(const char* path, int access, int buffered);
 
@@ -153,10 +155,10 @@ VEL_API int CreateFile(const char* path, int how);
 VEL_API int ReadFile(int handle, void* buffer, uint32_t length, uint32_t* got, void* overlapped);
 VEL_API int WriteFile(int handle, const void* buffer, uint32_t length, uint32_t* put, void* overlapped);
 
-VEL_API int CloseHandle(int handle);                            /* fileclose(handle) != 0 */
-VEL_API uint32_t GetFileSize(int handle, uint32_t* high);       /* low 32 bits of the size; all ones on failure */
-VEL_API int SetEndOfFile(int handle);                           /* truncates to the current size; 1, or 0 */
-VEL_API int GetLastError(void);                                 /* errno */
+VEL_API int CloseHandle(int handle);                      /* fileclose(handle) != 0 */
+VEL_API uint32_t GetFileSize(int handle, uint32_t* high); /* low 32 bits of the size; all ones on failure */
+VEL_API int SetEndOfFile(int handle);                     /* truncates to the current size; 1, or 0 */
+VEL_API int GetLastError(void);                           /* errno */
 
 /* Moves the descriptor's offset (whence 0 start, 1 current, 2 end). Returns the new offset, -1 on
    failure, 0 for handle -1. high has no effect. */

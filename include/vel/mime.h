@@ -11,24 +11,24 @@ extern "C" {
 
 /* One MIME entity. Every text is owned by the record and null where the field is absent. */
 typedef struct MimeMsg {
-    float mimeVersion;             /* 0: no MIME-Version field */
-    char* contentID;               /* with its angle brackets */
-    char* contentDescription;      /* without its line end */
-    char* contentType;             /* "text", "multipart", ...; "x-embedded" for an embedded uuencoded file */
+    float mimeVersion;        /* 0: no MIME-Version field */
+    char* contentID;          /* with its angle brackets */
+    char* contentDescription; /* without its line end */
+    char* contentType;        /* "text", "multipart", ...; "x-embedded" for an embedded uuencoded file */
     char* contentSubtype;
     char* contentTransferEncoding; /* as written */
     char* contentDisposition;      /* as written up to ";"; without parameters its CR LF is kept */
     ms* contentTypeParams;         /* "name=value", a quoted value with its quotes */
     ms* contentDispositionParams;
-    char* fileName;                /* the message file */
-    char* boundary;                /* of a container: its delimiter; "--VEL" stands for none */
-    uint32_t headerStart;          /* offset of the first header line */
-    uint32_t bodyEnd;              /* offset just past the body */
-    uint32_t bodyStart;            /* offset of the body's first byte */
-    uint16_t numChildren;          /* stays at 65535 when there are more */
-    char* trueName;                /* file name found in a uuencode or BinHex body by MimeGetBody */
-    int32_t nodeKind;              /* 0 not placed; 1 container, or a body that runs to the end; 2 child */
-    struct MimeMsg** children;     /* owned array; the records belong to the pool */
+    char* fileName;            /* the message file */
+    char* boundary;            /* of a container: its delimiter; "--VEL" stands for none */
+    uint32_t headerStart;      /* offset of the first header line */
+    uint32_t bodyEnd;          /* offset just past the body */
+    uint32_t bodyStart;        /* offset of the body's first byte */
+    uint16_t numChildren;      /* stays at 65535 when there are more */
+    char* trueName;            /* file name found in a uuencode or BinHex body by MimeGetBody */
+    int32_t nodeKind;          /* 0 not placed; 1 container, or a body that runs to the end; 2 child */
+    struct MimeMsg** children; /* owned array; the records belong to the pool */
 } MimeMsg;
 
 /* The result of a parse: every record in the order in which it was met; record 0 is the message. */
@@ -82,8 +82,8 @@ VEL_API void MimeFreeFile(char* path);
 
 /* ---- Access ---------------------------------------------------------------------------------- */
 
-VEL_API int MimeGetNumberOfMessage(const mime_msg_pool* pool);         /* number of records; -1 for null */
-VEL_API MimeMsg* MimeGetMsg(const mime_msg_pool* pool, int index);     /* null for null and out of range */
+VEL_API int MimeGetNumberOfMessage(const mime_msg_pool* pool);     /* number of records; -1 for null */
+VEL_API MimeMsg* MimeGetMsg(const mime_msg_pool* pool, int index); /* null for null and out of range */
 
 /* The record's own texts and chains; null for a null record. */
 VEL_API char* MimeGetContentType(const MimeMsg* record);

@@ -82,7 +82,8 @@ TYPED_TEST(LineFileTest, hands_out_lines_with_their_ends) {
 TYPED_TEST(LineFileTest, lines_span_blocks) {
     std::string text;
     std::vector<std::string> expected;
-    for (int i = 0; i < 3000; ++i) expected.push_back(std::string(static_cast<std::size_t>(i % 1500 % 1024), 'a') + "\n");
+    for (int i = 0; i < 3000; ++i)
+        expected.push_back(std::string(static_cast<std::size_t>(i % 1500 % 1024), 'a') + "\n");
     for (const std::string& line : expected) text += line;
     EXPECT_EQ(this->lines(text), expected);
 }
@@ -100,7 +101,7 @@ TYPED_TEST(LineFileTest, kept_partial_last_line_at_a_block_end_is_dropped) {
     EXPECT_EQ(this->lines(std::string(4096, 'x')).size(), 4u);
 }
 
-TYPED_TEST(LineFileTest, reads_and_steps_back_by_bytes) {
+TYPED_TEST(LineFileTest, kept_stepping_back_writes_no_character) {
     const std::string text = std::string(4095, 'a') + "bc\xFF";
     const TypeParam calls = TypeParam::open(this->file("bytes", text));
     EXPECT_EQ(calls.back(), 1);
@@ -130,7 +131,7 @@ TYPED_TEST(LineFileTest, reads_and_steps_back_by_bytes) {
     calls.close();
 }
 
-TYPED_TEST(LineFileTest, writes_over_a_file_without_truncating_it) {
+TYPED_TEST(LineFileTest, kept_creating_does_not_truncate) {
     const std::string path = this->file("old", "0123456789");
     const TypeParam calls = TypeParam::create(path);
     EXPECT_EQ(calls.put("ab"), 1);
@@ -171,6 +172,47 @@ TEST_F(FileTest, buffered_output_goes_out_in_blocks) {
     EXPECT_EQ(content(path), expected);
 }
 
+// A block that is flushed behind the last position fails, and a pipe, which has no offset, just counts.
+TEST_F(FileTest, buffered_output_takes_the_real_offset) {
+    int handle = filecreate((directory() / "new").c_str(), 2, 7);
+    SetFilePointer(handle, 100, nullptr, SEEK_SET);
+    EXPECT_EQ(putline(handle, std::string(5000, 'x').c_str()), 1);
+    EXPECT_EQ(getfpos(handle), 5100);
+    SetFilePointer(handle, 0x7FFFFFFF, nullptr, SEEK_SET);
+    EXPECT_EQ(putline(handle, std::string(5000, 'x').c_str()), -1);
+    fileclose(handle);
+    take_log();
+
+    const std::string pipe = (directory() / "pipe").string();
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    const int reader = ::open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
+    handle = filecreate(pipe.c_str(), 2, 1);
+    EXPECT_EQ(putline(handle, std::string(5000, 'x').c_str()), 1);
+    EXPECT_EQ(putline(handle, std::string(5000, 'x').c_str()), 1);
+    EXPECT_EQ(getfpos(handle), 10000);
+    fileclose(handle);
+    ::close(reader);
+}
+
+// The buffer's count means one thing to readers and another to writers.
+TEST_F(FileTest, one_file_is_read_or_written) {
+    const std::string path = file("f", "line\nnext\n");
+    char* line = nullptr;
+    int handle = fileopen(path.c_str(), 1, 1);
+    EXPECT_EQ(VELGetLine(handle, &line), 1);
+    EXPECT_EQ(putline(handle, std::string(4000, 'x').c_str()), -1);
+    EXPECT_EQ(outch('x', handle), -1);
+    EXPECT_EQ(inch(handle), 'n');
+    fileclose(handle);
+    handle = filecreate(path.c_str(), 2, 1);
+    EXPECT_EQ(putline(handle, "12345"), 1);
+    EXPECT_EQ(VELGetLine(handle, &line), -1);
+    EXPECT_EQ(inch(handle), -1);
+    fileclose(handle);
+    EXPECT_EQ(content(path), "12345next\n");
+    EXPECT_THAT(take_log(1), ElementsAre("ReadFile failed.", "inch: ReadFile failed."));
+}
+
 TEST_F(FileTest, kept_outch_counts_a_flushed_block_twice) {
     const std::string path = (directory() / "new").string();
     const int handle = filecreate(path.c_str(), 2, 1);
@@ -182,7 +224,7 @@ TEST_F(FileTest, kept_outch_counts_a_flushed_block_twice) {
     EXPECT_EQ(content(path), std::string(4096, 'x') + 'y');
 }
 
-TEST_F(FileTest, a_full_disk_fails_the_write_that_meets_it) {
+TEST_F(FileTest, kept_closing_prints_errno_and_positioning_drops_what_is_buffered) {
     int handle = filecreate("/dev/full", 2, 0);
     EXPECT_EQ(putline(handle, "x"), -1);
     EXPECT_EQ(outch('x', handle), -1);
@@ -211,6 +253,8 @@ TEST_F(FileTest, a_failed_open_says_why) {
     EXPECT_EQ(fileopen("", 1, 0), -1);
     EXPECT_EQ(fileopen(nullptr, 1, 0), -1);
     EXPECT_EQ(FileOpen(missing.c_str(), 1), nullptr);
+    EXPECT_EQ(filecreate(nullptr, 2, 0), -1);
+    EXPECT_EQ(FileCreate(""), nullptr);
     EXPECT_EQ(filecreate((missing + "/x").c_str(), 2, 0), -1);
     EXPECT_EQ(FileCreate((missing + "/x").c_str()), nullptr);
     EXPECT_THAT(take_log(), ElementsAre(LogLine{1, "test", "CreateFile failed: " + missing + ", error 2"},
@@ -227,6 +271,10 @@ TEST_F(FileTest, files_of_two_gigabytes_are_refused) {
     EXPECT_EQ(inch(handle), 0);
     EXPECT_EQ(inch(handle), -1);
     EXPECT_EQ(getfpos(handle), 0x7FFFFFFF);
+    char* line = nullptr;
+    EXPECT_EQ(setfpos(handle, 0x7FFFFFFF), 0x7FFFFFFF);
+    EXPECT_EQ(VELGetLine(handle, &line), 0) << "the end is no error";
+    EXPECT_EQ(SetFilePointer(handle, 0x7FFFFFFF, nullptr, SEEK_CUR), -1);
     fileclose(handle);
 
     handle = fileopen(path.c_str(), 2, 0);
@@ -253,9 +301,10 @@ TEST_F(FileTest, traces_opens_and_closes_when_asked) {
     const int fd = created->fd;
     FileClose(created);
     const std::string number = std::to_string(handle);
-    EXPECT_THAT(take_log(1), ElementsAre("fileopen: " + path + ", FileHandle #" + number, "fileclose: FileHandle #" + number,
-                                         "filecreate: " + path + ", FileHandle #" + std::to_string(fd),
-                                         "fileclose: FileHandle #" + std::to_string(fd)));
+    EXPECT_THAT(take_log(1),
+                ElementsAre("fileopen: " + path + ", FileHandle #" + number, "fileclose: FileHandle #" + number,
+                            "filecreate: " + path + ", FileHandle #" + std::to_string(fd),
+                            "fileclose: FileHandle #" + std::to_string(fd)));
 }
 
 TEST_F(FileTest, unknown_handles_fail_in_silence) {
@@ -308,7 +357,7 @@ TEST_F(FileTest, the_end_of_the_pool_closes_its_files) {
     EXPECT_EQ(content(path), "");
 }
 
-TEST_F(FileTest, windows_shaped_calls) {
+TEST_F(FileTest, kept_windows_shaped_calls_truncate_nothing) {
     const std::string path = (directory() / "w").string();
     uint32_t moved = 77;
     const int out = CreateFile(path.c_str(), 2);

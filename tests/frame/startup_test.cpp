@@ -3,7 +3,6 @@
 #include <string>
 
 #include "frame/file_pool.h"
-#include "frame/startup.h"
 #include "tests/support/fixture.h"
 #include "vel/platform/queue.h"
 

@@ -69,7 +69,7 @@ TEST_F(TempNameTest, gives_up) {
     EXPECT_EQ(next("t"), "t00020");
 }
 
-TEST_F(TempNameTest, locks_do_not_exclude_one_another) {
+TEST_F(TempNameTest, kept_locks_do_not_exclude_one_another) {
     const std::string message = (directory() / "m").string();
     EXPECT_EQ(unlockmsg(message.c_str()), -1);
     EXPECT_EQ(lockmsg(message.c_str()), 0);
@@ -80,18 +80,21 @@ TEST_F(TempNameTest, locks_do_not_exclude_one_another) {
     EXPECT_EQ(lockmsg(message.c_str()), 0);
     EXPECT_EQ(unlockmsg(message.c_str()), 0);
     EXPECT_THAT(left_behind("m"), ElementsAre());
-    EXPECT_THAT(take_log(), ElementsAre(LogLine{6, "test", "lock: " + message}, LogLine{6, "test", "unlock: " + message}));
+    EXPECT_THAT(take_log(),
+                ElementsAre(LogLine{6, "test", "lock: " + message}, LogLine{6, "test", "unlock: " + message}));
     EXPECT_EQ(lockmsg((directory() / "no" / "m").c_str()), -1);
     EXPECT_THAT(take_log(1), ElementsAre("open failed"));
 }
 
-TEST_F(TempNameTest, copies_files_under_a_lasting_umask) {
+TEST_F(TempNameTest, kept_copying_sets_the_umask_and_answers_0) {
     const mode_t before = ::umask(022);
     const std::string text = std::string(70000, 'x') + "end";
     const std::string source = file("source", text);
     const std::string target = file("target", std::string(80000, 'y'));
     EXPECT_EQ(CopyFile(source.c_str(), target.c_str(), 1), 0);
     EXPECT_EQ(content(target), text);
+    EXPECT_EQ(CopyFile(source.c_str(), source.c_str(), 0), 0);
+    EXPECT_EQ(content(source), text) << "a file is not emptied by itself";
     EXPECT_EQ(CopyFile((source + "-missing").c_str(), target.c_str(), 0), 0);
     EXPECT_EQ(content(target), text) << "without a source the target is left alone";
     EXPECT_EQ(::umask(before), mode_t{007});

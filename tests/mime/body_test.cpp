@@ -44,7 +44,7 @@ class BodyTest : public VelTest {
 
 constexpr const char* kHead = "MIME-Version: 1.0\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\n";
 
-TEST_F(BodyTest, bodies_are_decoded_by_their_encoding) {
+TEST_F(BodyTest, kept_bodies_are_decoded_or_delivered_as_they_stand) {
     struct {
         const char* name;
         const char* header;
@@ -126,9 +126,8 @@ TEST_F(BodyTest, a_file_cut_behind_the_parser_gives_what_is_left) {
 TEST_F(BodyTest, header_blocks) {
     parse("#Fsender\r\nMIME-Version: 1.0\r\n#Rrecipient\r\nSubject: " + std::string(1500, 's') +
           "\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\npreamble\r\n--b\r\nX: y\r\n\r\none\r\n--b--\r\n");
-    EXPECT_EQ(taken(MimeGetHeader(record(0))),
-              "MIME-Version: 1.0/Subject: " + std::string(1500, 's') +
-                  "/Content-Type: multipart/mixed; boundary=b//preamble/")
+    EXPECT_EQ(taken(MimeGetHeader(record(0))), "MIME-Version: 1.0/Subject: " + std::string(1500, 's') +
+                                                   "/Content-Type: multipart/mixed; boundary=b//preamble/")
         << "a multipart's runs on to its first delimiter";
     EXPECT_EQ(taken(MimeGetHeader(record(1))), "X: y//");
 }
@@ -161,10 +160,15 @@ class FileSizeLimit {
 };
 
 TEST_F(BodyTest, a_full_disk_leaves_no_file) {
-    for (const char* encoding : {"7bit", "base64", "quoted-printable", "x-uue"}) {
+    const std::string text(100, 'A');
+    const std::pair<std::string, std::string> bodies[] = {
+        {"7bit", text},
+        {"base64", text},
+        {"quoted-printable", text},
+        {"x-uue", "some text\r\nbegin 644 f\r\nM" + text + "\r\n`\r\nend\r\n"}};
+    for (const auto& [encoding, body] : bodies) {
         SCOPED_TRACE(encoding);
-        parse("MIME-Version: 1.0\r\nContent-Transfer-Encoding: " + std::string(encoding) + "\r\n\r\nbegin 644 f\r\n#0V%T\r\n" +
-              std::string(100, 'A') + "\r\n");
+        parse("MIME-Version: 1.0\r\nContent-Transfer-Encoding: " + encoding + "\r\n\r\n" + body);
         const FileSizeLimit limit(8);
         EXPECT_EQ(taken(MimeGetBody(record(0), 0, -1)), "(null)");
         EXPECT_EQ(taken(MimeGetHeader(record(0))), "(null)");
@@ -173,9 +177,20 @@ TEST_F(BodyTest, a_full_disk_leaves_no_file) {
     take_log();
 }
 
+TEST_F(BodyTest, kept_texts_have_a_prefix_of_their_own) {
+    parse("MIME-Version: 1.0\r\n\r\nx");
+    for (const auto& [path, prefix] :
+         {std::pair(MimeGetBody(record(0), 0, -1), "/MIME"), std::pair(MimeGetHeader(record(0)), "/MIME"),
+          std::pair(MimeGetBodyWithNoEmbeddedAttachment(record(0)), "/mime")}) {
+        EXPECT_NE(std::string(path).find(directory().string() + prefix), std::string::npos) << path;
+        MimeFreeFile(path);
+    }
+}
+
 TEST_F(BodyTest, leaves_and_containers_are_counted) {
-    parse(std::string(kHead) + "--b\r\n\r\n1\r\n--b\r\nContent-Type: multipart/x; boundary=c\r\n\r\n--c\r\n\r\n2\r\n"
-                               "--c\r\n\r\n3\r\n--c--\r\n--b\r\n\r\n4\r\n--b--\r\n");
+    parse(std::string(kHead) +
+          "--b\r\n\r\n1\r\n--b\r\nContent-Type: multipart/x; boundary=c\r\n\r\n--c\r\n\r\n2\r\n"
+          "--c\r\n\r\n3\r\n--c--\r\n--b\r\n\r\n4\r\n--b--\r\n");
     int leaves = 1;
     int containers = 0;
     EXPECT_EQ(MimeGetNumLeafBodyParts(record(0), &leaves), 0);

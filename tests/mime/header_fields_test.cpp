@@ -2,6 +2,7 @@
 #include <cstring>
 #include <string>
 
+#include "frame/ascii.h"
 #include "mime/field_text.h"
 #include "mime/message_pool.h"
 #include "mime/record.h"
@@ -23,7 +24,9 @@ std::string chain_text(const ms* chain) {
 // The fields that are there, each as name=value, with parameters behind the value.
 std::string stored(const MimeMsg& record) {
     std::string result;
-    const auto add = [&](const char* name, const std::string& value) { result += std::string(name) + "=" + value + "|"; };
+    const auto add = [&](const char* name, const std::string& value) {
+        result += std::string(name) + "=" + value + "|";
+    };
     if (record.mimeVersion != 0) add("version", std::to_string(record.mimeVersion).substr(0, 4));
     if (record.contentID) add("id", record.contentID);
     if (record.contentDescription) add("description", record.contentDescription);
@@ -47,7 +50,7 @@ class HeaderFieldTest : public VelTest {
     }
 
     // Parses every line of a header block as the message parser does. Answers what is stored, or
-    // "refused", and the first line that was left unread after a refusal.
+    // "refused".
     std::string parse(std::string_view block) {
         FreeMsgNode(read_);
         *read_ = {};
@@ -72,7 +75,7 @@ struct Row {
     std::vector<std::string> errors;  // at level 1
 };
 
-constexpr const char* kContinuation = " field invalid. Invalid comment or continuation.";
+constexpr const char* kContinuation = "\" field invalid. Invalid comment or continuation.";
 
 TEST_F(HeaderFieldTest, fields) {
     const std::string big(16400, 'x');
@@ -100,38 +103,69 @@ TEST_F(HeaderFieldTest, fields) {
          "id=<i>|type=multipart/mixed; boundary=\"a b\"|",
          {}},
         {"a blank line inside a fold", "Content-Type: a/b;\r\n \r\n\t\r\n c=d\r\n\r\n", "type=a/b; c=d|", {}},
-        {"escapes are resolved, quotes kept", "Content-Type: a/b; n=\"x\\\"y\\\\z\\q\"\r\n\r\n",
-         "type=a/b; n=\"x\"y\\z\\q\"|", {}},
+        {"escapes are resolved, quotes kept",
+         "Content-Type: a/b; n=\"x\\\"y\\\\z\\q\"\r\n\r\n",
+         "type=a/b; n=\"x\"y\\z\\q\"|",
+         {}},
         {"quoted value folded", "Content-Type: a/b; n=\"x\r\n\t y\"; m=1\r\n\r\n", "type=a/b; n=\"x y\"; m=1|", {}},
         {"escaped line end kept", "Content-Type: a/b; n=\"x\\\r\n y\"\r\n\r\n", "type=a/b; n=\"x\r\ny\"|", {}},
         {"blanks around = before a quote", "Content-Type: a/b; n = \"x y\"\r\n\r\n", "type=a/b; n=\"x y\"|", {}},
         {"no slash", "Content-Type: text\r\n\r\n", "type=application/octet-stream|", {}},
-        {"comment behind the subtype", "Content-Type: text/plain(c); a=b\r\n\r\n", "type=application/octet-stream|", {}},
-        {"type too long", "Content-Type: text/" + std::string(260, 'x') + "\r\n\r\n",
-         "type=application/octet-stream|", {}},
-        {"misplaced slash", "Content-Type: /plain\r\n\r\n", "refused",
+        {"comment behind the subtype",
+         "Content-Type: text/plain(c); a=b\r\n\r\n",
+         "type=application/octet-stream|",
+         {}},
+        {"type too long",
+         "Content-Type: text/" + std::string(260, 'x') + "\r\n\r\n",
+         "type=application/octet-stream|",
+         {}},
+        {"misplaced slash",
+         "Content-Type: /plain\r\n\r\n",
+         "refused",
          {"\"content-type:\" field invalid. Misplaced slash."}},
-        {"missing subtype", "Content-Type: text/ ;a=b\r\n\r\n", "refused",
+        {"missing subtype",
+         "Content-Type: text/ ;a=b\r\n\r\n",
+         "refused",
          {"\"content-type:\" field invalid. Missing subtype."}},
-        {"no separator", "Content-Type: text/plain charset=x\r\n\r\n", "refused",
+        {"no separator",
+         "Content-Type: text/plain charset=x\r\n\r\n",
+         "refused",
          {"\"content-type:\" field invalid. Missing parm separator."}},
-        {"no value", "Content-Type: text/plain; charset\r\n\r\n", "refused",
+        {"no value",
+         "Content-Type: text/plain; charset\r\n\r\n",
+         "refused",
          {"Invalid parm in \"content-type:\" header: charset\r\n"}},
-        {"blank value", "Content-Type: text/plain; charset=\r\n\r\n", "refused",
+        {"blank value",
+         "Content-Type: text/plain; charset=\r\n\r\n",
+         "refused",
          {"Invalid parm in \"content-type:\" header: charset=\r\n"}},
-        {"bad name, cut to twenty", "Content-Type: a/b; n<n=0123456789012345678\r\n\r\n", "refused",
+        {"bad name, cut to twenty",
+         "Content-Type: a/b; n<n=0123456789012345678\r\n\r\n",
+         "refused",
          {"Invalid parm in \"content-type:\" header: n<n=0123456789012345"}},
-        {"open quote", "Content-Type: a/b; n=\"x\r\nSubject: y\r\n\r\n", "refused",
+        {"open quote",
+         "Content-Type: a/b; n=\"x\r\nSubject: y\r\n\r\n",
+         "refused",
          {"Missing quote in \"content-type:\" parms."}},
-        {"open quote at the end of the file", "Content-Type: a/b; n=\"x\r\n", "refused",
+        {"open quote at the end of the file",
+         "Content-Type: a/b; n=\"x\r\n",
+         "refused",
          {"\"content-type:\" field invalid. Premature end of file, or file read error."}},
         {"a later type takes the earlier one's parameters",
-         "Content-Type: a/b; c=d\r\nContent-Type: text\r\n\r\n", "type=application/octet-stream|", {}},
-        {"disposition", "Content-Disposition: attachment; filename=\"a b\"; size=3\r\n\r\n",
-         "disposition=attachment; filename=\"a b\"; size=3|", {}},
-        {"blank disposition parameter", "Content-Disposition: a; filename=\r\n\r\n", "refused",
+         "Content-Type: a/b; c=d\r\nContent-Type: text\r\n\r\n",
+         "type=application/octet-stream|",
+         {}},
+        {"disposition",
+         "Content-Disposition: attachment; filename=\"a b\"; size=3\r\n\r\n",
+         "disposition=attachment; filename=\"a b\"; size=3|",
+         {}},
+        {"blank disposition parameter",
+         "Content-Disposition: a; filename=\r\n\r\n",
+         "refused",
          {"Invalid parm in \"content-disposition:\" header: filename=\r\n"}},
-        {"bad encoding", "Content-Transfer-Encoding: a/b\r\n\r\n", "refused",
+        {"bad encoding",
+         "Content-Transfer-Encoding: a/b\r\n\r\n",
+         "refused",
          {"\"content-transfer-encoding:\" field invalid."}},
         {"nothing there", "Content-Transfer-Encoding: (c)\r\n\r\n", "refused", {}},
     };
@@ -168,9 +202,16 @@ TEST_F(HeaderFieldTest, kept_character_behind_an_inner_comment_is_passed) {
 TEST_F(HeaderFieldTest, lenient_grammar) {
     set("Options", "StrictMimeParsing", "NO");
     const Row rows[] = {
-        {"raw values", "Content-Type: a/b; n = \"x;y=\"\\\r\n\r\n", "type=a/b; n = \"x; y=\"\\\r|", {}},
+        {"raw values", "Content-Type: a/b; n = \"x;y=\"\r\n\r\n", "type=a/b; n = \"x; y=\"|", {}},
+        {"escaped CR",
+         "Content-Type: a/b; n=x\\\r\n\r\n",
+         "refused",
+         {"\"content-type:\" field invalid. Missing parm separator."}},
         {"escaped separator", "Content-Type: a/b; n=x\\;y;m=1\r\n\r\n", "type=a/b; n=x\\;y; m=1|", {}},
-        {"blank value ends the field", "Content-Type: a/b; c=\r\nContent-ID: <i>\r\n\r\n", "id=<i>|type=a/b; c=\r|", {}},
+        {"blank value ends the field",
+         "Content-Type: a/b; c=\r\nContent-ID: <i>\r\n\r\n",
+         "id=<i>|type=a/b; c=\r|",
+         {}},
         {"junk behind the value", "Content-Type: a/b; c=d e\r\n\r\n", "type=a/b; c=d e|", {}},
     };
     for (const Row& row : rows) {
@@ -210,8 +251,14 @@ TEST_F(HeaderFieldTest, traces_and_complaints_at_level_six) {
     EXPECT_THAT(take_log(6), ElementsAre("Found text/plain", "charset=x",
                                          "\"content-type:\" field invalid. Defaulting to application/octet-stream.",
                                          "\"content-disposition:\" field invalid."));
-    parse("Content-Type: text/plain (open\r\nSubject: x\r\n\r\n");
-    EXPECT_THAT(take_log(6), ElementsAre("Found text/plain", std::string("\"content-type:\"") + kContinuation));
+    parse("Content-Transfer-Encoding: (c)\r\n\r\n");
+    EXPECT_THAT(take_log(6), ElementsAre("\"content-transfer-encoding:\" field invalid."));
+    for (const char* field : {"MIME-Version: 1.0 x", "Content-ID: <i> x", "Content-Type: a/b (x",
+                              "Content-Disposition: a; b=c (x", "Content-Transfer-Encoding: 7bit x"}) {
+        EXPECT_EQ(parse(std::string(field) + "\r\nSubject: x\r\n\r\n"), "refused");
+        const std::string name = std::string(field).substr(0, std::string(field).find(':') + 1);
+        EXPECT_EQ(take_log(6).back(), "\"" + ascii::lower(name) + kContinuation);
+    }
 }
 
 // The obvious way to pass comments, which a hostile sender could drive into the ground.
