@@ -1,8 +1,9 @@
 /* Transfer encodings: base64, quoted-printable, uuencode.
 
-   The calls go from handle to handle: from the input's descriptor at its offset to the output's, past
-   the buffer of a file that is written through one. Any descriptor will do, pooled or not, unless an
-   entry says that it goes by lines: such a handle must come from fileopen, filecreate or CreateFile.
+   The calls go from handle to handle: they read at the input descriptor's offset and write to the
+   output's, and what the line reader or writer holds in a buffer for them is not looked at. Any
+   descriptor will do, pooled or not, unless an entry says that it goes by lines: such a handle must come
+   from fileopen, filecreate or CreateFile, and its buffer counts.
    They log nothing of their own, allocate nothing for each byte or line, and may run in any number of
    threads on different files. A call that fails leaves the output as far as it came. */
 #ifndef VEL_CODEC_H
@@ -43,7 +44,7 @@ VEL_API int textToQp(int in, int out);
 
 /* The same on the records of open files, from where the input is read next. The output goes through the
    line writer. An end within "From" is no failure.
-   Returns 1; -1 for a null file and when a read (logged by the line reader) or write fails. */
+   Returns 1; -1 for a null file and when a read (the line reader logs it) or write fails. */
 VEL_API int textToQp_v2(VEL_FILE* in, VEL_FILE* out);
 
 /* Encodes any bytes from the input's offset to the end of the file, which must be one that has a size.
