@@ -4,8 +4,10 @@
 #include "fuzz/expect.h"
 #include "tests/codec/fed.h"
 
-using namespace vel;
-using namespace vel::test;
+using vel::Base64Decoder;
+using vel::Base64Encoder;
+using vel::test::expect_same;
+using vel::test::fed_text;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string bytes(data, data + size);

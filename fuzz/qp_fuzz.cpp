@@ -5,8 +5,13 @@
 #include "fuzz/expect.h"
 #include "tests/codec/fed.h"
 
-using namespace vel;
-using namespace vel::test;
+using vel::kQpBinary;
+using vel::kQpText;
+using vel::kQpTextFile;
+using vel::QpDecoder;
+using vel::QpEncoder;
+using vel::test::expect_same;
+using vel::test::fed_text;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::string bytes(data, data + size);

@@ -5,8 +5,12 @@
 #include "tests/codec/fed.h"
 #include "vel/codec.h"
 
-using namespace vel;
-using namespace vel::test;
+using vel::Cursor;
+using vel::UuDecoder;
+using vel::UuEncoder;
+using vel::test::append_written;
+using vel::test::expect_same;
+using vel::test::fed_text;
 
 namespace {
 

@@ -178,7 +178,10 @@ TEST_F(Date, a_record_of_any_numbers_is_cut_at_63_characters) {
 }
 
 TEST_F(Date, weekdays_agree_with_the_calendar_of_the_language) {
-    using namespace std::chrono;
+    using std::chrono::days;
+    using std::chrono::sys_days;
+    using std::chrono::year;
+    using std::chrono::year_month_day;
     const sys_days last = year(2400) / 12 / 31;
     for (sys_days day = year(1753) / 1 / 1; day <= last; day += days(1)) {
         const year_month_day date(day);
@@ -191,7 +194,7 @@ TEST_F(Date, weekdays_agree_with_the_calendar_of_the_language) {
                            0,
                            0,
                            0};
-        const int from_saturday = static_cast<int>((weekday(day) - Saturday).count());
+        const int from_saturday = static_cast<int>((std::chrono::weekday(day) - std::chrono::Saturday).count());
         ASSERT_EQ(makewkday(&time), from_saturday) << fields(&time);
     }
 }
