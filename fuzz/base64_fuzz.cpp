@@ -6,7 +6,6 @@
 
 using vel::Base64Decoder;
 using vel::Base64Encoder;
-using vel::test::expect_same;
 using vel::test::fed_text;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {

@@ -10,7 +10,6 @@ using vel::kQpText;
 using vel::kQpTextFile;
 using vel::QpDecoder;
 using vel::QpEncoder;
-using vel::test::expect_same;
 using vel::test::fed_text;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {

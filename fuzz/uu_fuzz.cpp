@@ -9,7 +9,6 @@ using vel::Cursor;
 using vel::UuDecoder;
 using vel::UuEncoder;
 using vel::test::append_written;
-using vel::test::expect_same;
 using vel::test::fed_text;
 
 namespace {
