@@ -1,7 +1,9 @@
 #include "platform/log/log_settings.h"
 
+#include <algorithm>
 #include <charconv>
 #include <optional>
+#include <system_error>
 
 #include "frame/ascii.h"
 #include "platform/config/ini_cache.h"

@@ -14,10 +14,9 @@ namespace {
 constexpr int kAccounting = 3;
 
 // openlog is left alone: it belongs to the program.
-bool write_to_syslog(int level, std::string_view text) {
+void write_to_syslog(int level, std::string_view text) {
     const int priority = level < kAccounting ? LOG_ERR : level == kAccounting ? LOG_NOTICE : LOG_INFO;
     ::syslog(LOG_MAIL | priority, "%.*s", static_cast<int>(text.size()), text.data());
-    return true;
 }
 
 // Never destroyed, so that lines can be written until the process is gone.
@@ -29,18 +28,20 @@ LogFile& log_file() {
 }  // namespace
 
 // There is nowhere to report that this fails.
-bool write_to_stderr(const LogRecord& record) {
-    write_whole(STDERR_FILENO, record.line());
-    return true;
-}
+void write_to_stderr(const LogRecord& record) { write_whole(STDERR_FILENO, record.line()); }
 
 bool write_to_target(int level, const LogRecord& record) {
     const LogSettings settings;
     if (!settings.wants(level)) return true;
     const auto target = settings.target();
-    if (ascii::equals_ignoring_case(target, "stderr")) return write_to_stderr(record);
-    if (ascii::equals_ignoring_case(target, "syslog")) return write_to_syslog(level, record.without_time());
-    return log_file().append(target, record.line());
+    if (ascii::equals_ignoring_case(target, "stderr")) {
+        write_to_stderr(record);
+    } else if (ascii::equals_ignoring_case(target, "syslog")) {
+        write_to_syslog(level, record.without_time());
+    } else {
+        return log_file().append(target, record.line());
+    }
+    return true;
 }
 
 }  // namespace vel

@@ -10,8 +10,8 @@ namespace vel {
 // the target does not take it.
 bool write_to_target(int level, const LogRecord& record);
 
-// Writes a line to where a service manager collects it. True.
-bool write_to_stderr(const LogRecord& record);
+// Writes a line to where a service manager collects it.
+void write_to_stderr(const LogRecord& record);
 
 }  // namespace vel
 
