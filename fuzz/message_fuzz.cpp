@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 
 #include "vel/frame.h"
@@ -13,10 +14,13 @@
 
 namespace {
 
-// A message file in memory, and a directory for what is taken out of it.
+// Where bodies and headers go until they are removed.
+char directory[] = "/tmp/vel-fuzz-XXXXXX";
+
+// Makes the directory, which goes at the end, and a message file in memory.
 int start() {
-    static char directory[] = "/tmp/vel-fuzz-XXXXXX";
     if (!::mkdtemp(directory)) std::exit(1);
+    std::atexit([] { std::filesystem::remove_all(directory); });
     ProfileOverlaySet("Gateway", "TemporaryDirectory", directory);
     LogCaptureStart([](void*, int, const char*, const char*) {}, nullptr);
     InitVELDll_NOMQ("fuzz");
