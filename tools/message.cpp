@@ -1,8 +1,10 @@
 #include "tools/message.h"
 
 #include <array>
+#include <filesystem>
 #include <iterator>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include "tools/entity.h"
@@ -51,6 +53,9 @@ struct Outcome {
     std::size_t fields_dropped = 0;  // of a repaired message
 };
 
+// A field that the end of the file cuts off is refused, and the one before it would be next.
+constexpr std::string_view kBlankLine = "\r\n";
+
 class Attempts {
   public:
     Attempts(Input& input, const ParseOptions& options, Session& session)
@@ -95,7 +100,8 @@ class Attempts {
             const std::vector<Range> refused = find_refused(path);
             if (refused.empty()) return false;
             outcome_.fields_dropped += refused.size();
-            PrivateFile next = copy_without(refused, path, session_.scratch);
+            const bool reaches_end = refused.back().end == std::filesystem::file_size(path);
+            PrivateFile next = copy_without(refused, path, reaches_end ? kBlankLine : "", session_.scratch);
             copy.emplace(std::move(next));
             if (!parse(kBlankAccepted, copy->path())) continue;
             input_.path = copy->path();
@@ -123,9 +129,12 @@ bool came_from_mime_parser(const MimeMsg& root) {
     return root.mimeVersion != 0 || root.contentType || root.nodeKind != 0;
 }
 
+// The library says at the level of notices too why it refuses a field.
+bool names_refused_field(const LogLine& line) { return line.text.find("\" field invalid") != std::string::npos; }
+
 void show(const std::string& name, const std::vector<LogLine>& lines, int level) {
     for (const LogLine& line : lines) {
-        if (line.level <= level) complain(name, line.text);
+        if (line.level <= level || names_refused_field(line)) complain(name, line.text);
     }
 }
 

@@ -98,7 +98,8 @@ PrivateFile copy_range(Range range, const std::string& path, Scratch& scratch) {
     return copy.finish();
 }
 
-PrivateFile copy_without(const std::vector<Range>& ranges, const std::string& path, Scratch& scratch) {
+PrivateFile copy_without(const std::vector<Range>& ranges, const std::string& path, std::string_view ending,
+                         Scratch& scratch) {
     const Descriptor from = open_for_reading(path);
     Copy copy(scratch);
     uint32_t position = 0;
@@ -107,6 +108,7 @@ PrivateFile copy_without(const std::vector<Range>& ranges, const std::string& pa
         position = std::max(position, range.end);
     }
     copy.write_range(from.get(), {position, kFileEnd});
+    copy.write(ending);
     return copy.finish();
 }
 

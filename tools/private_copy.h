@@ -4,6 +4,7 @@
 #define VEL_TOOLS_PRIVATE_COPY_H
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tools/library_owned.h"
@@ -20,8 +21,9 @@ PrivateFile copy_with_line_ends(const std::string& path, Scratch& scratch);
 // The bytes of one range.
 PrivateFile copy_range(Range range, const std::string& path, Scratch& scratch);
 
-// The file without some ranges, which stand in order.
-PrivateFile copy_without(const std::vector<Range>& ranges, const std::string& path, Scratch& scratch);
+// The file without some ranges, which stand in order, and with a text added at its end.
+PrivateFile copy_without(const std::vector<Range>& ranges, const std::string& path, std::string_view ending,
+                         Scratch& scratch);
 
 }  // namespace vel::command
 
