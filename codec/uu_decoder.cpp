@@ -1,7 +1,6 @@
 // Kept: a line of "END" and other text is data, and from then on no end line counts (take).
-// Kept: nothing is checked: any character stands for the low six bits of its code less 32.
-//
-// An empty line holds no bytes, whichever its line end: LF is not taken for a count of 42 zeros.
+// Kept: nothing is checked: any character stands for the low six bits of its code less 32, so that a
+//       line of LF alone has the count 42, and no characters (take).
 #include "codec/uu_decoder.h"
 
 #include <algorithm>
@@ -68,11 +67,10 @@ UuDecoder::Line UuDecoder::take(std::string_view line, Cursor& out) {
         end_counts_ = false;
     }
     if (uu_begin_name(line)) return Line::begin;
-    const std::string_view characters = without_line_end(line);
-    if (characters.empty() || characters[0] == '\r') return Line::over;
-    const unsigned count = uu_value(characters[0]);
+    if (line.empty() || line[0] == '\r') return Line::over;
+    const unsigned count = uu_value(line[0]);
     if (count == 0) return Line::over;
-    decode(characters.substr(1), count, out);
+    decode(without_line_end(line.substr(1)), count, out);
     return Line::data;
 }
 

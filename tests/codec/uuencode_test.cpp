@@ -107,7 +107,7 @@ TEST_F(Uuencode, decodes) {
     decodes("blank for zero", "#    \r\n \r\nend\r\n", 1, "\0\0\0"s);
     decodes("no zero line", "#0V%T\r\nEND  \r\n", 1, "Cat");
     decodes("empty line for zero line", "#0V%T\r\n\r\nend\r\n", 1, "Cat");
-    decodes("LF alone", "#0V%T\n\nend\n", 1, "Cat");
+    decodes("LF for line ends", "#0V%T\n`\nend\n", 1, "Cat");
     decodes("no line end behind end", "#0V%T\r\n`\r\nend", 1, "Cat");
     decodes("no end line", "#0V%T\r\n", 0, "Cat");
     decodes("other text behind the zero line", "#0V%T\r\n`\r\nendnote\r\nend\r\n", 0, "Cat");
@@ -123,6 +123,12 @@ TEST_F(Uuencode, shortened_lines_decode_as_zeros) {
     decodes("of two characters with LF", "\"\n`\r\nend\r\n", 1, "\0\0"s);
     decodes("the count alone at the end of the file", "_", 0, std::string(63, '\0'));
     decodes("the most bytes", "_" + std::string(84, '_') + "\r\n`\r\nend\r\n", 1, std::string(63, '\xFF'));
+}
+
+TEST_F(Uuencode, kept_any_character_stands_for_its_low_six_bits) {
+    decodes("LF alone", "#0V%T\n\nend\n", 1, "Cat" + std::string(42, '\0'));
+    decodes("LF alone at the end of the file", "\n", 0, std::string(42, '\0'));
+    decodes("codes of no printed character", "c\xB0\x96\xA5\x14\r\n\xA0\r\nend\r\n", 1, "Cat");
 }
 
 TEST_F(Uuencode, kept_end_and_other_text_is_data) {
