@@ -2,6 +2,8 @@
 #ifndef VEL_RFC822_DATE_H
 #define VEL_RFC822_DATE_H
 
+#include <time.h>
+
 #include <cstddef>
 #include <cstdint>
 
@@ -31,7 +33,11 @@ constexpr std::size_t kDateTextSize = 64;
 // has none.
 constexpr std::size_t kCtimeTextSize = 26;
 
-// The system's offset without daylight saving time, in seconds west of UTC.
+// The system's local time in the zone that TZ names now; localtime_r alone may still use the one before.
+// False for a time whose year does not fit. Calls tzset, which sets the process's zone.
+bool local_time(time_t time, struct tm& local);
+
+// The system's offset without daylight saving time, in seconds west of UTC. Calls tzset too.
 long seconds_west_of_utc();
 
 }  // namespace vel

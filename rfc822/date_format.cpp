@@ -103,7 +103,7 @@ int time_t2rfc822date(time_t time, char* output) {
     *output = '\0';
     struct tm local;
     char ctime_text[vel::kCtimeTextSize];
-    if (!::localtime_r(&time, &local) || !::asctime_r(&local, ctime_text)) return -1;
+    if (!vel::local_time(time, local) || !::asctime_r(&local, ctime_text)) return -1;
     const long west = vel::offset_of(local);
     const long offset = std::labs(west);
     vel::start(output, DaysOfWeek[local.tm_wday], local.tm_mday, MonthsOfYear[local.tm_mon], local.tm_year + 1900,

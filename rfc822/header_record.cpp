@@ -54,10 +54,10 @@ ChainTail& tail_of(std::optional<ChainTail>& tail, ms*& chain) {
 
 // The current time, as its ctime text reads; null when it has none or its year is not known to dates.
 UTCtime* current_time() {
-    const time_t now = ::time(nullptr);
+    struct tm local;
     char text[kCtimeTextSize];
     UTCtime* time = nullptr;
-    if (::ctime_r(&now, text)) ctime2UTC(text, &time);
+    if (local_time(::time(nullptr), local) && ::asctime_r(&local, text)) ctime2UTC(text, &time);
     return time;
 }
 

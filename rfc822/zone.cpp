@@ -69,6 +69,11 @@ std::optional<int> zone_minutes(const char* text) {
 
 }  // namespace
 
+bool local_time(time_t time, struct tm& local) {
+    ::tzset();
+    return ::localtime_r(&time, &local) != nullptr;
+}
+
 long seconds_west_of_utc() {
     ::tzset();
     return ::timezone;
