@@ -209,6 +209,7 @@ bool AddressGrammar::word() {
 int adrparse(vel::AddressLexer& lexer, vel::AddressParts& parts) {
     vel::AddressGrammar grammar(lexer, parts);
     if (grammar.address() || grammar.met_broken_token()) return 0;
+    // Kept: so the members of a group that is too long go on behind this comma, as addresses of their own.
     if (grammar.stands_before_comma()) --lexer.at;
     return 1;
 }

@@ -39,9 +39,11 @@ typedef struct RecipTbl {
    Returns the table's count. 0, with the table as it was but for the reset, when the text is blank or
    its double quotes do not pair up; 0 also without memory, what was parsed by then being in the table.
    An address that does not parse, or has a part of more than 255 characters, is left out: the list goes
-   on behind the next comma. A comment that does not end takes its address and the rest of the list with
-   it, a "[" that does not end takes what stands before it in its address; of a group the members before
-   either stay. A ";" behind a mailbox separates as a comma does, unless the mailbox is a lone word.
+   on behind the next comma. So a group whose canonical text passes 255 characters is left out up to the
+   member where that happens, and the members behind that one are read one by one (a kept oddity). A
+   comment that does not end takes its address and the rest of the list with it, a "[" that does not end
+   takes what stands before it in its address; of a group the members before either stay. A ";" behind a
+   mailbox separates as a comma does, unless the mailbox is a lone word.
    Clear_RT releases the records. Logs nothing. Any thread: the address parser's lock is held. */
 VEL_API uint32_t RecipParse(char* text, RecipTbl* table, int reset);
 VEL_API uint32_t VEL_RecipParse(char* text, RecipTbl* table, int reset); /* the same */

@@ -142,6 +142,18 @@ TEST(Address, kept_empty_group_and_empty_brackets_are_no_addresses) {
     expect_parsed({{"group", "undisclosed-recipients:;, <>, a@b", {"a@b|||a|b|a@b"}}});
 }
 
+// "g: " and 14 members of 15 characters are 239; one more, with its comma, would be 256.
+TEST(Address, kept_members_behind_a_group_too_long_are_read_one_by_one) {
+    const auto member = [](int number) { return "m" + std::to_string(number) + "@example.org"; };
+    std::string text = "g: " + member(10);
+    for (int number = 11; number < 40; ++number) text += ", " + member(number);
+    const auto records = parsed(text + ";");
+    ASSERT_EQ(records.size(), 15u);
+    for (int i = 0; i < 15; ++i) {
+        EXPECT_TRUE(records[static_cast<std::size_t>(i)].starts_with(member(25 + i) + "|")) << i;
+    }
+}
+
 TEST(Address, kept_odd_number_of_quotes_refuses_the_list) {
     expect_parsed({{"odd", "a@b, \"c@d", {}},
                    {"in a comment", "a@b (don\"t)", {}},
