@@ -1,9 +1,13 @@
+#include <pthread.h>
+
+#include <cerrno>
 #include <ctime>
 #include <sstream>
 #include <thread>
 #include <utility>
 
 #include "frame/owned.h"
+#include "tests/rfc822/waits_for.h"
 #include "tests/support/fixture.h"
 #include "vel/frame.h"
 #include "vel/rfc822.h"
@@ -349,8 +353,12 @@ TEST_F(HeaderField, appends_to_what_a_record_holds) {
 
 // A second start must not touch locks that somebody holds.
 TEST_F(HeaderField, locks_survive_a_second_start) {
-    Init822Parser();
-    EXPECT_EQ(parse("To: a@b\r\n\r\n").result, 1);
+    for (CRITICAL_SECTION* lock : {&csParseHdr, &csRecipParse}) {
+        EnterCriticalSection(lock);
+        Init822Parser();
+        std::thread([lock] { EXPECT_EQ(pthread_mutex_trylock(lock), EBUSY); }).join();
+        LeaveCriticalSection(lock);
+    }
     Terminate822Parser();
     Terminate822Parser();
     Init822Parser();
@@ -359,6 +367,11 @@ TEST_F(HeaderField, locks_survive_a_second_start) {
 }
 
 class HeaderThreads : public HeaderTest {};
+
+// Nothing is read, so that no slow file is taken for waiting.
+TEST_F(HeaderThreads, the_parsers_lock_is_held) {
+    expect_waits_for(csParseHdr, [] { EXPECT_EQ(ParseHdr(-1, nullptr, nullptr, nullptr), 0); });
+}
 
 TEST_F(HeaderThreads, blocks_are_parsed_in_parallel) {
     constexpr int kThreads = 4;
