@@ -204,7 +204,7 @@ VEL_API void Free822Header(addr822* header);
      status_line  receives the number of the last line of a Status field that another line follows,
                   else 0; may be null
    Returns 1; 0 with "getline failed." (the handle is unknown or a read failed), "malloc failed." or
-   "realloc failed.": what was read before is stored. A field folded over more than 63 KB ends the
+   "realloc failed.": the fields before are stored, the one whose end had not been seen is not. A field folded over more than 63 KB ends the
    block, with result 1 and "too many headers to parse."; the line that was too much is read. All are
    logged by "ParseHdr" at level 1. A line of more than 1024 bytes comes in pieces, each of which
    counts as a line. Any thread; one block at a time is parsed, under the header parser's lock. */
@@ -217,8 +217,9 @@ VEL_API int VEL_ParseHdr(int handle, addr822* header, int* lines, int* status_li
      header  receives the value
    An unknown field goes to the other lines. "From " begins a mailbox's separator line.
    Returns the field's code, 1 to 29; -1 for a line that is no field, which is not stored, for null,
-   and without memory ("malloc failed.", by "ParseLine" at level 1). Takes no lock of the header
-   parser: a record is for one thread at a time. */
+   and without memory ("malloc failed.", by "ParseLine" at level 1). A Received or other line costs time
+   in proportion to the chain that it is appended to; ParseHdr finds a chain's end once. Takes no lock of
+   the header parser: a record is for one thread at a time. */
 VEL_API int ParseLine(const char* field, addr822* header);
 
 /* Skips a message's body in a mailbox file. Lines of more than 1023 characters come in pieces, each
@@ -230,8 +231,10 @@ VEL_API int ParseLine(const char* field, addr822* header);
    nothing. */
 VEL_API int ParseBody(FILE* stream, long* position, int* lines);
 
-/* Tells whether a line begins a message in a mailbox file: "From ", a text with two colons, and a
-   year at its end. Returns 1 or 0. */
+/* Tells whether a line begins a message in a mailbox file: "From " and more, with two colons anywhere
+   in the line, and digits behind its last blank. Of the n characters there, line end included, the
+   first (n + 3) / 2 must be digits, and there must be as many: all four of a year before a line end,
+   the first three of a year that ends the text (a kept oddity). Returns 1 or 0; 0 for null. */
 VEL_API int isNextMsgHeader(const char* line);
 
 /* Creates the locks of the header parser and of the address parser, and deletes them. Start-up and
