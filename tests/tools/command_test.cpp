@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <fstream>
 #include <nlohmann/json.hpp>
 #include <thread>
 
@@ -189,7 +190,7 @@ TEST_F(CommandTest, TakesAnyFileName) {
         EXPECT_EQ(ended.exit, 0) << path << ended.err;
     }
     ASSERT_EQ(::mkfifo((directory() / "pipe").c_str(), 0600), 0);
-    std::thread writer([&] { file("pipe", "Subject: x\r\n\r\nthrough a pipe"); });
+    std::thread writer([&] { std::ofstream(directory() / "pipe") << "Subject: x\r\n\r\nthrough a pipe"; });
     const Ended ended = run({"extract", "--part", "0", "--stdout", (directory() / "pipe").string()});
     writer.join();
     EXPECT_EQ(ended.out, "through a pipe");
@@ -389,7 +390,7 @@ TEST_F(CommandTest, ManyPartsAndDeepNestingTakeTimeInProportion) {
     constexpr int kDepth = 10000;
     std::string deep = crlf(kMime);
     for (int i = 0; i < kDepth; ++i) {
-        const std::string boundary = "b" + std::to_string(i);
+        const std::string boundary = std::to_string(i) + "b";
         deep += "Content-Type: multipart/mixed; boundary=" + boundary + "\r\n\r\n--" + boundary + "\r\n";
     }
     const Ended ended = run({"parse", file("deep.eml", deep + "\r\nlost")});

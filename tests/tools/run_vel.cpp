@@ -45,8 +45,8 @@ int CommandTest::wait_for(pid_t process) {
 }
 
 Ended CommandTest::run(const std::vector<std::string>& arguments, const std::string& standard_input) const {
-    const int in = ::open(file("stdin", standard_input).c_str(), O_RDONLY);
-    const int out = ::open(file("stdout", "").c_str(), O_WRONLY);
+    const int in = ::open(file("stdin", standard_input).c_str(), O_RDONLY | O_CLOEXEC);
+    const int out = ::open(file("stdout", "").c_str(), O_WRONLY | O_CLOEXEC);
     Ended ended{wait_for(start(arguments, in, out)), {}, {}};
     ::close(in);
     ::close(out);
