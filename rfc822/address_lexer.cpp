@@ -4,7 +4,6 @@
 //  - "]", "=", "\", control characters and bytes above 127 are atom characters.
 #include "rfc822/address_lexer.h"
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>

@@ -18,7 +18,8 @@ static_assert(std::all_of(std::begin(Day), std::end(Day) - 1, [](const cmd_table
     return row.code == &row - Day && std::string_view(row.keyword) == DaysOfWeek[(row.code + 6) % kWeekdays];
 }));
 
-// The first year of the Gregorian century rule, and the first one after England's change to it.
+// England changed to the Gregorian calendar in 1752, and 1800 was the first year that its century rule
+// made a common one: both show in the weekdays of the years after them.
 constexpr int32_t kCenturyRuleAfter = 1800;
 constexpr int32_t kGregorianAfter = 1752;
 

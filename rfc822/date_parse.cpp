@@ -4,8 +4,6 @@
 //  - months are known by their first three letters, in the case of "Jan" only;
 //  - the time and the zone may be missing;
 //  - years are those from 1980 to 2037.
-#include <optional>
-
 #include "frame/owned.h"
 #include "rfc822/calendar.h"
 #include "rfc822/date.h"

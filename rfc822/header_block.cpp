@@ -40,10 +40,15 @@ std::string_view text_of(std::string_view line) {
     return line;
 }
 
+// Lines of a block, counted from 1; 0 for none.
+struct LineNumbers {
+    int last = 0;
+    int status = 0;  // of the last line of a Status field that another line follows
+};
+
 class BlockReader {
   public:
-    BlockReader(VEL_FILE* file, addr822& header, int& lines, int& status_line)
-        : file_(file), record_(header), lines_(lines), status_line_(status_line) {
+    BlockReader(VEL_FILE* file, addr822& header, LineNumbers& lines) : file_(file), record_(header), lines_(lines) {
         field_.reserve(kUnit + 1);
     }
 
@@ -60,8 +65,7 @@ class BlockReader {
 
     LineFile file_;
     HeaderRecord record_;
-    int& lines_;
-    int& status_line_;
+    LineNumbers& lines_;
     std::string field_;
     std::size_t units_ = 1;
 };
@@ -71,7 +75,7 @@ bool BlockReader::read() {
     LineResult result;
     while ((result = file_.next(line)) == LineResult::line) {
         const Next next = take(text_of(line));
-        ++lines_;
+        ++lines_.last;
         if (next == Next::nothing) return true;
     }
     if (result == LineResult::error) return false;
@@ -101,31 +105,35 @@ BlockReader::Next BlockReader::continue_field(std::string_view text) {
 
 // The lines counted so far are those up to the field's last.
 void BlockReader::finish_field() {
-    if (store() == header_code::status) status_line_ = lines_;
+    if (store() == header_code::status) lines_.status = lines_.last;
+}
+
+int failed(const char* what) {
+    log_line_as(kLogName, kLogError, "%s", what);
+    return 0;
+}
+
+int read_block(int handle, addr822& header, LineNumbers& lines) {
+    VEL_FILE* file = pooled_file(handle);
+    if (!file) return failed("getline failed.");
+    return at_boundary(
+        0, [] { failed("malloc failed."); },
+        [&] {
+            BlockReader block(file, header, lines);
+            return at_boundary(
+                0, [] { failed("realloc failed."); }, [&] { return block.read() ? 1 : failed("getline failed."); });
+        });
 }
 
 }  // namespace
 }  // namespace vel
 
 int ST_ParseHdr(int handle, addr822* header, int* lines, int* status_line) {
-    int unasked[2];
-    int& line_count = lines ? *lines : unasked[0];
-    int& status = status_line ? *status_line : unasked[1];
-    line_count = status = 0;
-    if (!header) return 0;
-
-    const char* failure = "malloc failed.";
-    const auto report = [&] { vel::log_line_as(vel::kLogName, vel::kLogError, "%s", failure); };
-    return vel::at_boundary(0, report, [&] {
-        if (VEL_FILE* file = vel::pooled_file(handle)) {
-            vel::BlockReader block(file, *header, line_count, status);
-            failure = "realloc failed.";
-            if (block.read()) return 1;
-        }
-        failure = "getline failed.";
-        report();
-        return 0;
-    });
+    vel::LineNumbers numbers;
+    const int result = header ? vel::read_block(handle, *header, numbers) : 0;
+    if (lines) *lines = numbers.last;
+    if (status_line) *status_line = numbers.status;
+    return result;
 }
 
 extern "C" {

@@ -52,9 +52,7 @@ static_assert([] {
 }());
 
 // Kept: "Status" is known with its colon and without.
-constexpr bool is_status(std::string_view keyword) {
-    return keyword.size() == 7 && keyword.substr(0, 6) == kStatus->keyword;
-}
+constexpr bool is_status(std::string_view keyword) { return keyword == "status:" || keyword == "status "; }
 
 }  // namespace
 

@@ -46,7 +46,7 @@ void expect_same_address(std::string text) {
     const std::string before = text;
     ReferenceAddress expected;
     const std::size_t expected_stop = ReferenceParser(text).one(0, expected);
-    if (copy_of(record) != expected || stop != expected_stop) {
+    if (copy_of(record) != expected || stop != expected_stop || text != input.get()) {
         ADD_FAILURE() << "text      " << before << "\nfound     " << stop << ' ' << shown({copy_of(record)})
                       << "\nreference " << expected_stop << ' ' << shown({expected});
     }

@@ -16,7 +16,7 @@ constexpr char kRows[] =
     "MT 830 N 100 NFT -330 NST 630 NT -1100 NZT 1130 O 200 P 300 PDT -700 PST -800 Q 400 R 500 S 600 "
     "SAST 930 SST 700 T 700 U 800 UT 0 V 900 W 1000 WAT -100 WDT 100 WET 0 X 1100 Y 1200 YST -900 Z 0";
 
-// Every row is found by its name, and the minutes count eastward whatever the sign of the hours.
+// Every row but AT's is found by its name, and the minutes count eastward whatever the sign of the hours.
 TEST(Zone, kept_rows_hold_their_values_and_all_but_AT_are_found) {
     std::istringstream rows(kRows);
     std::string name;
