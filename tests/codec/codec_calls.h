@@ -34,19 +34,22 @@ class SmallDisk {
     explicit SmallDisk(std::size_t bytes) : bytes_(bytes) {
         if (bytes_ == kEndless) return;
         ::getrlimit(RLIMIT_FSIZE, &before_);
-        ::signal(SIGXFSZ, SIG_IGN);
+        handler_ = ::signal(SIGXFSZ, SIG_IGN);
         const rlimit small{bytes_, before_.rlim_max};
         ::setrlimit(RLIMIT_FSIZE, &small);
     }
     SmallDisk(const SmallDisk&) = delete;
     SmallDisk& operator=(const SmallDisk&) = delete;
     ~SmallDisk() {
-        if (bytes_ != kEndless) ::setrlimit(RLIMIT_FSIZE, &before_);
+        if (bytes_ == kEndless) return;
+        ::setrlimit(RLIMIT_FSIZE, &before_);
+        ::signal(SIGXFSZ, handler_);
     }
 
   private:
     std::size_t bytes_;
     rlimit before_{};
+    void (*handler_)(int) = SIG_DFL;
 };
 
 class CodecTest : public VelTest {
