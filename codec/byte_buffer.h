@@ -1,4 +1,5 @@
-// Bytes through a caller's buffer, and the writer of one uuencoded group.
+// Bytes through a caller's buffer, and the writer of one uuencoded group: named helpers of the codec
+// family for callers that go byte by byte; the codecs here work by blocks and do not call them.
 #ifndef VEL_CODEC_BYTE_BUFFER_H
 #define VEL_CODEC_BYTE_BUFFER_H
 
