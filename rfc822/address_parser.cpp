@@ -71,8 +71,7 @@ bool AddressGrammar::address() {
     switch (next()) {
         case kEnd:
         case kComma: return lone_word();
-        case kAt:
-        case kDot: return lone(addr_spec());
+        case kAt: return lone(addr_spec());
         default: return phrase() && (next() == kColon ? group() : lone(route_addr()));
     }
 }
