@@ -1,6 +1,7 @@
 // Reads a header block (RFC 822 section 3.1). Departures from the RFC:
 //  - a line is what the line reader hands out: each piece of a line of more than 1024 bytes counts as
 //    a line, and an end of line that comes as a piece of its own ends the block;
+//  - a NUL ends its line's text;
 //  - a line of white space continues its field, it does not end the block;
 //  - a field that is folded over more than 63 KB ends the block.
 #include "rfc822/header_block.h"
@@ -32,7 +33,7 @@ constexpr std::string_view kFold = "\r\n\t";
 constexpr std::size_t kUnit = 1024;
 constexpr std::size_t kUnitsLimit = 64;
 
-// The line without its line end. A NUL ends its text, as it does for every reader of lines.
+// The line without its line end. Kept: a NUL ends its text, as it does for every reader of lines.
 std::string_view text_of(std::string_view line) {
     line = line.substr(0, line.find('\0'));
     if (line.ends_with('\n')) line.remove_suffix(1);

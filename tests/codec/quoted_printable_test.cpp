@@ -70,9 +70,6 @@ class QuotedPrintable : public CodecTest {
 };
 
 TEST_F(QuotedPrintable, text_is_encoded) {
-    encodes("nothing", "", "\r\n");
-    encodes("a line", "a\r\n", "a\r\n\r\n");
-    encodes("no line end", "a", "a=\r\n\r\n");
     encodes("blank before a line end", "a \r\nb", "a =\r\n\r\nb=\r\n\r\n");
     encodes("tab before a line end", "a\t\r\n", "a\t=\r\n\r\n\r\n");
     encodes("bytes that are escaped", "\x1F\x7F\x80\xFF=~"s, "=1F=7F=80=FF=3D~=\r\n\r\n");
@@ -88,6 +85,12 @@ TEST_F(QuotedPrintable, text_is_encoded) {
     encodes("line as long as can be", full + "\r\n", full + "=\r\n\r\n\r\n");
     encodes("From behind a soft break", full + "From ", full + "=\r\n=46rom =\r\n\r\n");
     encodes("escape at the end of a line", std::string(72, 'x') + "\xE9", std::string(72, 'x') + "=E9=\r\n\r\n");
+}
+
+TEST_F(QuotedPrintable, kept_line_break_is_written_at_the_end) {
+    encodes("nothing", "", "\r\n");
+    encodes("a line", "a\r\n", "a\r\n\r\n");
+    encodes("no line end", "a", "a=\r\n\r\n");
 }
 
 TEST_F(QuotedPrintable, kept_from_on_the_first_line_is_not_guarded) {
@@ -171,6 +174,11 @@ TEST_F(QuotedPrintable, kept_final_line_break_is_dropped) {
 TEST_F(QuotedPrintable, kept_line_ends_are_made_crlf) {
     decodes("LF alone", "a\nb", 1, "a\r\nb");
     decodes("CR is dropped", "a\rb\r\r\nc", 1, "ab\r\nc");
+}
+
+TEST_F(QuotedPrintable, kept_blanks_before_a_line_end_stay) {
+    decodes("before line ends", "a \t\r\n \nb\t", 1, "a \t\r\n \r\nb\t");
+    decodes("before a soft break", "a =\r\nb", 1, "a b");
 }
 
 TEST_F(QuotedPrintable, kept_bad_escapes_yield_ff) {

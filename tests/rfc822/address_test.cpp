@@ -93,7 +93,6 @@ TEST(Address, comments) {
         {"does not end behind a member", "g: a@b, c@d (open", {"g: a@b|g||c|d|g: a@b, c@d (open"}},
         {"does not end behind a word", "g: a@b, c (open", {"g: a@b|g||a|b|g: a@b, c (open"}},
         {"ends in a backslash", "a@b (x\\", {}},
-        {"literal that does not end", "a@[1.2.3.4", {"1.2.3.4|||1.2.3.4||1.2.3.4"}},
     });
 }
 
@@ -123,6 +122,11 @@ TEST(Address, kept_dots_before_the_at_sign_belong_to_the_atom) {
 TEST(Address, kept_parentheses_inside_an_atom_are_no_comment) {
     expect_parsed(
         {{"domain", "a@b(Home)", {"a@b(Home)|||a|b(Home)|a@b(Home)"}}, {"half", "a(b @c", {"a(b@c|||a(b|c|a(b @c"}}});
+}
+
+TEST(Address, kept_bracket_that_does_not_end_is_stepped_over) {
+    expect_parsed({{"behind an at sign", "a@[1.2.3.4", {"1.2.3.4|||1.2.3.4||1.2.3.4"}},
+                   {"at the beginning", "[a@b, c@d", {"a@b|||a|b|a@b", "c@d|||c|d|c@d"}}});
 }
 
 TEST(Address, kept_local_part_alone_is_an_address) {

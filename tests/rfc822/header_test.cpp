@@ -150,7 +150,7 @@ constexpr Case kCases[] = {
     {"begins_with_a_continuation", " x: y\r\n z\r\nTo: a@b\r\n\r\n"sv, "to=<a@b>", 4, 0},
     {"kept_white_space_does_not_end_the_block", "Subject: a\r\n \t \r\nTo: a@b\r\n\r\n"sv, "to=<a@b> subject=[a\r\n\t]",
      4, 0},
-    {"nul_ends_a_line", "Subject: a\0b\r\nTo: a@b\r\n\0\r\nTo: c@d\r\n"sv, "to=<a@b> subject=[a]", 3, 0},
+    {"kept_nul_ends_a_line", "Subject: a\0b\r\nTo: a@b\r\n\0\r\nTo: c@d\r\n"sv, "to=<a@b> subject=[a]", 3, 0},
     {"every_known_field",
      "To: a@b\r\nResent-To: b@b\r\nCc: c@b\r\nResent-Cc: d@b\r\nBcc: e@b\r\nResent-Bcc: f@b\r\nFrom: g@b\r\n"
      "Resent-From: h@b\r\nReply-To: i@b\r\nReturn-Receipt-To: j\r\n @b\r\nMessage-ID: 1\r\n"
