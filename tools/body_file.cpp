@@ -1,7 +1,9 @@
 #include "tools/body_file.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include "tools/blocks.h"
 #include "tools/entity.h"
 #include "tools/exit_code.h"
 
@@ -10,11 +12,33 @@ namespace {
 
 constexpr int kOwnDescriptor = -1;
 
-// Encodings whose decoded form is always shorter than what is stored.
-bool shrinks_when_decoded(const MimeMsg& record) {
+bool is_quoted_printable(const MimeMsg& record) {
+    return same(text_of(record.contentTransferEncoding), "quoted-printable");
+}
+
+// The body calls for a decoding that changes every text but, in quoted-printable, one without "=".
+bool is_encoded(const MimeMsg& record) {
     const std::string encoding = lower(text_of(record.contentTransferEncoding));
-    return encoding == "base64" || encoding.find("uue") != std::string::npos ||
+    return encoding == "base64" || is_quoted_printable(record) || encoding.find("uue") != std::string::npos ||
            same(text_of(record.contentSubtype), "mac-binhex40");
+}
+
+// The library says nothing of a body that does not decode, but delivers it byte for byte.
+bool is_as_stored(const MimeMsg& record, const ResultFile& file) {
+    if (!is_encoded(record) || size_of_body(record) == 0 || size_of(file) != size_of_body(record)) return false;
+    const Descriptor stored = open_for_reading(record.fileName);
+    off_t offset = record.bodyStart;
+    bool same_bytes = true;
+    bool escapes = false;
+    for_each_block(open_for_reading(file.get()).get(), [&](std::string_view block) {
+        std::string other(block.size(), '\0');
+        const ssize_t got = ::pread(stored.get(), other.data(), other.size(), offset);
+        same_bytes = got == static_cast<ssize_t>(block.size()) && other == block;
+        escapes = escapes || block.find('=') != std::string_view::npos;
+        offset += got;
+        return same_bytes;
+    });
+    return same_bytes && (escapes || !is_quoted_printable(record));
 }
 
 ResultFile checked(char* path) {
@@ -32,24 +56,35 @@ ResultFile whole_body(MimeMsg& record, Form form) {
 }
 
 // What the library leaves of such a text is still encoded.
-ResultFile text_around_files(const MimeMsg& record) {
-    ResultFile text = checked(MimeGetBodyWithNoEmbeddedAttachment(&record));
+BodyFile text_around_files(const MimeMsg& record) {
+    const ResultFile text = checked(MimeGetBodyWithNoEmbeddedAttachment(&record));
     MimeMsg remainder{};
     remainder.fileName = text.get();
     remainder.contentTransferEncoding = record.contentTransferEncoding;
     remainder.bodyEnd = static_cast<uint32_t>(size_of(text));
-    return checked(MimeGetBody(&remainder, 0, kOwnDescriptor));
+    ResultFile file = checked(MimeGetBody(&remainder, 0, kOwnDescriptor));
+    const bool decoded = !is_as_stored(remainder, file);
+    return {std::move(file), decoded};
 }
 
 }  // namespace
 
 BodyFile write_body(MimeMsg& record, Form form) {
-    if (form == Form::decoded && has_embedded_files(record)) return {text_around_files(record), true};
+    if (form == Form::decoded && has_embedded_files(record)) return text_around_files(record);
     ResultFile file = whole_body(record, form);
     if (form == Form::raw) return {std::move(file), false};
-    const bool as_stored =
-        shrinks_when_decoded(record) && size_of_body(record) > 0 && size_of(file) == size_of_body(record);
-    return {std::move(file), !as_stored};
+    const bool decoded = !is_as_stored(record, file);
+    return {std::move(file), decoded};
+}
+
+bool hides_content_in_header(const MimeMsg& record) {
+    constexpr std::string_view kBlankLine = "\r\n";
+    if (size_of_body(record) > 0 || record.bodyStart <= record.headerStart) return false;
+    const Descriptor file = open_for_reading(record.fileName);
+    std::string end(std::min<std::size_t>(2 * kBlankLine.size(), record.bodyStart - record.headerStart), '\0');
+    const off_t offset = record.bodyStart - static_cast<off_t>(end.size());
+    if (::pread(file.get(), end.data(), end.size(), offset) != static_cast<ssize_t>(end.size())) return false;
+    return end != kBlankLine && end != std::string(kBlankLine).append(kBlankLine);
 }
 
 uint64_t size_of(const ResultFile& file) {

@@ -21,6 +21,10 @@ struct BodyFile {
 // be written.
 BodyFile write_body(MimeMsg& record, Form form);
 
+// A delimiter line has ended the header block before any blank line: whatever the sender meant as the body
+// counts as header lines.
+bool hides_content_in_header(const MimeMsg& record);
+
 // The size of a file that write_body has made.
 uint64_t size_of(const ResultFile& file);
 

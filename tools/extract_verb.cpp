@@ -25,10 +25,10 @@ const std::string kFooter =
         "an extension for its type, N being the index that vel parse shows. A name that is taken gets a number;\n"
         "nothing is overwritten. A text is written without the files embedded in it, which are written too. What\n"
         "belongs to no entity (vel parse --help) becomes uncovered-N.eml. A body that does not decode is written as\n"
-        "it stands, and said so.\n"
+        "it stands, and said so; so is a part without a blank line, header lines and all.\n"
         "\n"
         "Messages that the library refuses are read as vel parse reads them, with exit code 65. When a limit leaves\n"
-        "something out, the exit code is 73.\n"
+        "something out, the exit code is 73. What cannot be written does not hold up the rest.\n"
         "\n"
         "The JSON object: file, mime, normalized, fallback, messages (level, text), uncovered (start, end), files,\n"
         "left_out (how many the limits left out). A file: part (null: uncovered bytes), path, size, type, name (in\n"
@@ -47,6 +47,12 @@ struct Options {
     Form form() const { return raw ? Form::raw : whole_text ? Form::whole_text : Form::decoded; }
 };
 
+// A negative limit would wrap to a very large one.
+std::string not_negative(const std::string& number) {
+    if (number.starts_with('-')) throw CLI::ValidationError("must not be negative: " + number);
+    return number;
+}
+
 void declare(CLI::App& app, Options& options) {
     auto* directory = app.add_option("-o,--output", options.directory, "Directory to write to, made when missing");
     auto* part = app.add_option("--part", options.part, "Write this part only, any kind, by its index");
@@ -55,8 +61,11 @@ void declare(CLI::App& app, Options& options) {
     app.add_flag("--stdout", options.to_stdout, "Write the part to standard output")->needs(part)->excludes(directory);
     app.add_option("--max-bytes", options.limits.bytes, "Write at most so many bytes in all; K, M, G: powers of 1024")
         ->transform(CLI::AsSizeValue(false))
+        ->transform(not_negative)
         ->type_name("SIZE");
-    app.add_option("--max-files", options.limits.files, "Write at most so many files in all")->type_name("N");
+    app.add_option("--max-files", options.limits.files, "Write at most so many files in all")
+        ->transform(not_negative)
+        ->type_name("N");
     directory->type_name("DIR");
     part->type_name("N");
 }
@@ -105,7 +114,9 @@ void print_table(const ParsedMessage& message, const Extraction& extraction, Out
 void complain_about(const ParsedMessage& message, const Extraction& extraction, Form form) {
     for (const Written& file : extraction.files) {
         if (file.decoded || !file.part || form == Form::raw) continue;
-        complain(message.name, "part " + std::to_string(*file.part) + " does not decode; written as it stands");
+        complain(message.name, "part " + std::to_string(*file.part) +
+                                   (file.with_header ? " has no blank line; written with its header lines"
+                                                     : " does not decode; written as it stands"));
     }
     if (extraction.left_out > 0) {
         complain(message.name,
@@ -138,7 +149,8 @@ Exit run_extract(Arguments arguments, Session& session) {
     if (!options.to_stdout) destination.emplace(options.directory, options.limits, session.scratch);
     const std::string temporary = session.scratch.directory();
     const SettingInForce library_writes_there("Gateway", "TemporaryDirectory", temporary.c_str());
-    Output output(STDOUT_FILENO);
+    // Who reads the table does not decide what is written.
+    Output output(STDOUT_FILENO, options.to_stdout ? Output::WithoutReader::stop : Output::WithoutReader::go_on);
     return for_each_file(line.files, [&](const std::string& file) {
         const ParsedMessage message = parse_message(file, line.parse_options, session);
         Exit exit = message.fallback == Fallback::none ? Exit::success : Exit::bad_data;
@@ -148,6 +160,7 @@ Exit run_extract(Arguments arguments, Session& session) {
             const Extraction extraction = extract(message, options.part, options.form(), *destination, session);
             complain_about(message, extraction, options.form());
             line.json ? print_json(message, extraction, output) : print_table(message, extraction, output);
+            exit = worse(exit, extraction.exit);
             if (extraction.left_out > 0) exit = worse(exit, Exit::cannot_create);
         }
         output.flush();

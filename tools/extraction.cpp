@@ -2,6 +2,7 @@
 
 #include "tools/entity.h"
 #include "tools/exit_code.h"
+#include "tools/output.h"
 #include "tools/part_name.h"
 #include "tools/private_copy.h"
 #include "tools/safe_name.h"
@@ -15,6 +16,8 @@ constexpr const char* kEntityExtension = ".eml";  // of what is a header block w
 bool is_empty_remainder(const MimeMsg& record, int index) {
     return index > 0 && !record.contentType && record.headerStart == record.bodyStart && size_of_body(record) == 0;
 }
+
+std::string part_label(int index) { return "part " + std::to_string(index); }
 
 std::string file_name(const MimeMsg& record, int index, Form form) {
     std::string name = safe_name(given_name(record).value_or(""));
@@ -31,13 +34,25 @@ class Extractor {
     void part(int index) {
         MimeMsg& record = message_.record(index);
         if (!destination_.has_room(0)) return leave_out();
-        const BodyFile body = write_body(record, form_);
+        const Form form = hides_content_in_header(record) ? Form::raw : form_;
+        const BodyFile body = write_body(record, form);
         const uint64_t size = size_of(body.file);
         if (!destination_.has_room(size)) return leave_out();
-        const std::string path = destination_.place(file_name(record, index, form_), body.file.get(), size);
+        const std::string path = destination_.place(file_name(record, index, form), body.file.get(), size);
         result_.files.push_back({index, path, size, type_of(record), given_name(record),
                                  record.trueName ? std::optional<std::string>(record.trueName) : std::nullopt,
-                                 body.decoded});
+                                 body.decoded, form == Form::raw});
+    }
+
+    // Runs one of the two; what it cannot write is said, and the next one has its turn.
+    template <class Write>
+    void attempt(const std::string& what, Write write) {
+        try {
+            write();
+        } catch (const Failure& failure) {
+            complain(message_.name, what + ": " + failure.what());
+            result_.exit = worse(result_.exit, failure.exit());
+        }
     }
 
     void uncovered(std::size_t number) {
@@ -47,7 +62,7 @@ class Extractor {
         const PrivateFile copy = copy_range(range, message_.input.path, session_.scratch);
         const std::string name = "uncovered-" + std::to_string(number) + kEntityExtension;
         const std::string path = destination_.place(name, copy.path().c_str(), size);
-        result_.files.push_back({std::nullopt, path, size, "uncovered", std::nullopt, std::nullopt, false});
+        result_.files.push_back({std::nullopt, path, size, "uncovered", std::nullopt, std::nullopt, false, true});
     }
 
     Extraction finish() { return std::move(result_); }
@@ -69,14 +84,18 @@ Extraction extract(const ParsedMessage& message, std::optional<int> part, Form f
     Extractor extractor(message, form, destination, session);
     if (part) {
         wanted_part(message, *part);
-        extractor.part(*part);
+        extractor.attempt(part_label(*part), [&] { extractor.part(*part); });
         return extractor.finish();
     }
     for (int i = 0; i < message.tree.count(); ++i) {
         const MimeMsg& record = message.record(i);
-        if (has_content(record) && !is_empty_remainder(record, i)) extractor.part(i);
+        if (has_content(record) && !is_empty_remainder(record, i)) {
+            extractor.attempt(part_label(i), [&] { extractor.part(i); });
+        }
     }
-    for (std::size_t i = 1; i <= message.uncovered.size(); ++i) extractor.uncovered(i);
+    for (std::size_t i = 1; i <= message.uncovered.size(); ++i) {
+        extractor.attempt("uncovered bytes", [&] { extractor.uncovered(i); });
+    }
     return extractor.finish();
 }
 

@@ -8,6 +8,7 @@
 
 #include "tools/body_file.h"
 #include "tools/destination.h"
+#include "tools/exit_code.h"
 #include "tools/message.h"
 
 namespace vel::command {
@@ -21,14 +22,17 @@ struct Written {
     std::optional<std::string> name;       // in the message, as it stands there
     std::optional<std::string> true_name;  // in a uuencoded or BinHex body
     bool decoded;
+    bool with_header;  // the header block stands before the body
 };
 
 struct Extraction {
     std::vector<Written> files;
-    int left_out = 0;  // for which the limits left no room
+    int left_out = 0;           // for which the limits left no room
+    Exit exit = Exit::success;  // of what could not be written; standard error tells the rest
 };
 
-// Writes one part, or every one that has content and all uncovered ranges. Throws Failure.
+// Writes one part, or every one that has content and all uncovered ranges. What cannot be written is
+// complained about and does not hold up the rest. Throws Failure for a part that is not there.
 Extraction extract(const ParsedMessage& message, std::optional<int> part, Form form, Destination& destination,
                    Session& session);
 

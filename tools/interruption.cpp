@@ -7,7 +7,7 @@
 namespace vel::command {
 namespace {
 
-constexpr std::array kEndings{SIGINT, SIGTERM, SIGHUP};
+constexpr std::array kEndings{SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGALRM, SIGUSR1, SIGUSR2, SIGXCPU, SIGXFSZ, SIGVTALRM};
 constexpr int kWakeUp = SIGTERM;  // ends the wait too, when over_ says so
 constexpr int kSignalled = 128;   // what a shell adds to a signal's number
 

@@ -56,6 +56,12 @@ struct Outcome {
 // A field that the end of the file cuts off is refused, and the one before it would be next.
 constexpr std::string_view kBlankLine = "\r\n";
 
+// A complaint of the library that is not about the message.
+bool tells_of_the_machine(std::string_view line) {
+    return lower(line).find("out of memory") != std::string::npos || line.ends_with("ReadFile failed.") ||
+           line.ends_with("fileopen failed.");
+}
+
 class Attempts {
   public:
     Attempts(Input& input, const ParseOptions& options, Session& session)
@@ -87,10 +93,15 @@ class Attempts {
         return keep(pool);
     }
 
+    // Keeps the result of one attempt. A machine that gave up says nothing about the message.
     bool keep(mime_msg_pool* pool) {
         outcome_.pool.reset(pool);
         outcome_.lines = session_.journal.take();
-        return pool != nullptr;
+        if (pool) return true;
+        for (const LogLine& line : outcome_.lines) {
+            if (tells_of_the_machine(line.text)) throw Failure(Exit::io_error, line.text);
+        }
+        return false;
     }
 
     bool repair() {

@@ -19,6 +19,7 @@ void Output::flush() {
     const bool written = write_all(fd_, waiting_);
     waiting_.clear();
     if (written) return;
+    if (errno == EPIPE && without_reader_ == WithoutReader::go_on) return;
     if (errno == EPIPE) throw BrokenPipe{};
     throw Failure::of_system_call(Exit::io_error, "standard output");
 }

@@ -12,14 +12,18 @@ struct BrokenPipe {};
 
 class Output {
   public:
-    explicit Output(int fd) : fd_(fd) {}
+    enum class WithoutReader { stop, go_on };
 
-    // Both throw BrokenPipe, or Failure for any other error.
+    explicit Output(int fd, WithoutReader without_reader = WithoutReader::stop)
+        : fd_(fd), without_reader_(without_reader) {}
+
+    // Both throw BrokenPipe, unless told to go on in silence, or Failure for any other error.
     void write(std::string_view bytes);
     void flush();
 
   private:
     int fd_;
+    WithoutReader without_reader_;
     std::string waiting_;
 };
 

@@ -57,7 +57,8 @@ std::size_t start_of_extension(std::string_view name) {
 std::string cut(std::string_view name) {
     if (name.size() <= kLongestName) return std::string(name);
     const std::string_view extension = name.substr(start_of_extension(name));
-    return std::string(cut_to(name, kLongestName - extension.size())).append(extension);
+    const std::string_view stem = cut_to(name, kLongestName - extension.size());
+    return std::string(without_ends(stem)).append(extension);
 }
 
 }  // namespace

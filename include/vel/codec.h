@@ -82,8 +82,8 @@ VEL_API int IsuuencodeBegin(const char* line, char* name);
 VEL_API int uuencode(int in, int out, const char* name, const char* mode);
 
 /* Decodes the next uuencoded file of the input. Up to its begin line everything is skipped. A line that
-   was shortened is filled up with zeros. The data are over at a line of no bytes, at an empty one and at
-   the end line, "end" with nothing but blanks behind it; a line of "end" and other text is data, and no
+   was shortened is filled up with zeros. The data are over at a line of no bytes, at an empty one (CR LF)
+   and at the end line, "end" with nothing but blanks behind it; a line of "end" and other text is data, and no
    end line counts from there on.
      in     goes by lines, from its line position on
      limit  bytes to read, line ends included; the line that passes it is still decoded when the begin

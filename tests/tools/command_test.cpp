@@ -283,6 +283,12 @@ TEST_F(CommandTest, ExtractsUnderSafeNames) {
          {},
          0,
          {{"part-1.txt", "*not base64*\r\n"}}},
+        {"a part whose lines end in bare LF has no blank line",
+         crlf(kMime + "Content-Type: multipart/mixed; boundary=b\n\n--b\n") +
+             "X: y\n\ntext\n--b\r\n\r\nok\r\n--b--\r\n",
+         {},
+         0,
+         {{"part-1.txt.eml", "X: y\n\ntext\n"}, {"part-2.txt", "ok\r\n"}}},
         {"uncovered",
          crlf(kMime + "Content-Type: multipart/mixed; boundary=b\n\n--b\n\none\n--b\nX: y\n\ntwo"),
          {},
@@ -333,6 +339,31 @@ TEST_F(CommandTest, ExtractTellsInJsonWhatItWrote) {
     EXPECT_EQ(bad.err, "vel: -: part 0 does not decode; written as it stands\n");
 }
 
+TEST_F(CommandTest, ExtractSaysWhatDoesNotDecode) {
+    struct {
+        const char* encoding;
+        const char* body;
+        bool decodes;
+    } const rows[] = {{"quoted-printable", "=41=4", false},
+                      {"quoted-printable", "plain", true},
+                      {"quoted-printable", "=41", true},
+                      {"base64", "QUJD", true},
+                      {"base64", "QU*D", false},
+                      {"x-uue", "begin 1 f\r\n`\r\n", false},
+                      {"7bit", "*", true}};
+    for (const auto& row : rows) {
+        const std::string head = crlf(kMime + "Content-Transfer-Encoding: " + row.encoding + "\n\n");
+        const Ended ended = run({"extract", "--json", "-o", target(), "-"}, head + row.body);
+        EXPECT_EQ(Json::parse(ended.out)["files"][0]["decoded"], row.decodes) << row.encoding << ": " << row.body;
+    }
+}
+
+TEST_F(CommandTest, LimitsAreNotNegative) {
+    for (const char* limit : {"--max-files=-1", "--max-bytes=-1"}) {
+        EXPECT_EQ(run({"extract", "-o", target(), "-", limit}, "Subject: x\r\n\r\ny").exit, 64) << limit;
+    }
+}
+
 TEST_F(CommandTest, NeverOverwritesOrFollowsALink) {
     std::filesystem::create_directory(target());
     file("victim", "precious");
@@ -360,8 +391,9 @@ TEST_F(CommandTest, EndsCleanlyWhenASignalComes) {
             ASSERT_LT(std::chrono::steady_clock::now(), patience) << "no private directory was made";
             std::this_thread::sleep_for(std::chrono::milliseconds(2));
         }
-        ::kill(process, SIGTERM);
-        EXPECT_EQ(wait_for(process), -SIGTERM);
+        const int signal = arguments[0] == "parse" ? SIGQUIT : SIGTERM;
+        ::kill(process, signal);
+        EXPECT_EQ(wait_for(process), -signal);
         EXPECT_TRUE(std::filesystem::is_empty(where));
         for (const int fd : {pipe[0], pipe[1], out}) ::close(fd);
     }
@@ -372,7 +404,9 @@ TEST_F(CommandTest, FallsSilentWhenNobodyReads) {
     ASSERT_EQ(::pipe2(pipe, O_CLOEXEC), 0);
     ::close(pipe[0]);
     const int in = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-    EXPECT_EQ(wait_for(start({"extract", sample("quarterly-report.eml"), "-o", target()}, in, pipe[1])), -SIGPIPE);
+    EXPECT_EQ(wait_for(start({"parse", sample("quarterly-report.eml")}, in, pipe[1])), -SIGPIPE);
+    EXPECT_EQ(wait_for(start({"extract", sample("quarterly-report.eml"), "-o", target()}, in, pipe[1])), 0);
+    EXPECT_THAT(extracted(), testing::SizeIs(5)) << "who reads the table does not decide what is written";
     EXPECT_THAT(content((directory() / "stderr").string()), IsEmpty());
     const int full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
     EXPECT_EQ(wait_for(start({"parse", sample("quarterly-report.eml")}, in, full)), 74);

@@ -19,6 +19,7 @@ struct Case {
 
 TEST(SafeName, LeavesNothingThatHarmsADirectory) {
     const std::string long_stem(300, 'x'), long_name = long_stem + ".pdf", long_extension = "a." + long_stem;
+    const std::string dot_at_the_cut = std::string(199, 'a') + "." + long_stem;
     std::string umlauts;
     for (int i = 0; i < 150; ++i) umlauts += "\xc3\xa4";
     const std::string umlaut_name = umlauts + ".txt", odd_umlauts = "x" + umlauts;
@@ -47,6 +48,7 @@ TEST(SafeName, LeavesNothingThatHarmsADirectory) {
         {"evil\xe2\x80\xaegpj.exe", "evil_gpj.exe"},
         {long_name, cut_name},
         {long_extension, std::string_view(long_extension).substr(0, 200)},
+        {dot_at_the_cut, std::string_view(dot_at_the_cut).substr(0, 199)},
         {umlaut_name, cut_umlauts},
         {odd_umlauts, std::string_view(odd_umlauts).substr(0, 199)},
     };
