@@ -19,11 +19,13 @@ inline Delimiter kind_behind(std::string_view line, std::size_t length) {
     return line.substr(length).starts_with(kClosingMark) ? Delimiter::closing : Delimiter::opening;
 }
 
-// Delimiters by their whole text, "--" and the boundary.
+// Delimiters by their whole text, "--" and the boundary; the same one may be in it several times.
 class DelimiterSet {
   public:
-    bool empty() const { return all_.empty(); }
     void add(std::string delimiter) { all_.insert(std::move(delimiter)); }
+    void remove(const std::string& delimiter) {
+        if (const auto found = all_.find(delimiter); found != all_.end()) all_.erase(found);
+    }
 
     // What a line is, blanks at its end aside.
     Delimiter find(std::string_view line) const {
@@ -36,7 +38,7 @@ class DelimiterSet {
     }
 
   private:
-    std::unordered_set<std::string> all_;
+    std::unordered_multiset<std::string> all_;
 };
 
 }  // namespace vel::command

@@ -1,5 +1,6 @@
 #include "tools/uncovered.h"
 
+#include <algorithm>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -15,106 +16,131 @@ namespace {
 // line itself begins at most this far behind it.
 constexpr uint32_t kLineEnd = 2;
 
-// The delimiters of the multiparts that are open where the last entity ends.
-class OpenDelimiters {
+// Goes through the lines between two entities, or behind the last one.
+class Gap {
   public:
-    OpenDelimiters(const mime_msg_pool& pool, const Tree& tree, int last) {
-        for (int i = last; i != kNoParent; i = tree.parent(i)) {
-            const char* boundary = pool.items[i]->boundary;
-            if (!boundary) continue;
-            if (all_.empty()) innermost_ = boundary;
-            all_.add(boundary);
+    // The delimiters of the multiparts that are open where the first entity ends, the innermost one apart.
+    Gap(uint32_t start, const DelimiterSet& open, std::string_view innermost)
+        : start_(start), open_(open), innermost_(innermost) {}
+
+    void take(const Line& line) {
+        if (line.end <= start_) return;
+        const Delimiter found = line.is_whole ? kind_of(line.text) : Delimiter::none;
+        if (found != Delimiter::none) {
+            end_part(line.start);
+            ended_ = true;
+            if (found == Delimiter::opening) begin_part(line.end);
+        } else if (!ended_ && line.end > start_ + kLineEnd) {
+            ended_ = true;  // no delimiter line stands where one should: nothing is known of what follows
+            begin_part(start_);
         }
     }
 
-    bool none() const { return all_.empty(); }
+    std::vector<Range> finish(uint32_t end) {
+        if (!ended_) begin_part(start_);
+        end_part(end);
+        return std::move(parts_);
+    }
 
-    // The line that ended the last entity, which the parser knows by its beginning.
-    Delimiter ending(std::string_view line) const {
+  private:
+    // The parser knows the line that ended the entity by its beginning. Any later one is a delimiter line
+    // only as a whole.
+    Delimiter kind_of(std::string_view line) const {
+        if (ended_) return open_.find(line);
         return line.starts_with(innermost_) ? kind_behind(line, innermost_.size()) : Delimiter::none;
     }
 
-    // Any later line.
-    Delimiter later(std::string_view line) const { return all_.find(line); }
-
-  private:
-    std::string_view innermost_;
-    DelimiterSet all_;
-};
-
-// Goes through the lines behind the last entity.
-class Tail {
-  public:
-    Tail(const OpenDelimiters& delimiters, uint32_t end_of_last) : delimiters_(delimiters), end_(end_of_last) {}
-
-    void take(const Line& line) {
-        if (line.end <= end_) return;
-        Delimiter found = Delimiter::none;
-        if (line.is_whole) found = ended_ ? delimiters_.later(line.text) : delimiters_.ending(line.text);
-        if (found != Delimiter::none) {
-            close(line.start);
-            ended_ = true;
-            if (found == Delimiter::opening) open(line.end);
-        } else if (!ended_ && line.end > end_ + kLineEnd) {
-            ended_ = true;  // no delimiter line stands where one should: nothing is known of what follows
-            open(end_);
-        }
+    void begin_part(uint32_t start) {
+        part_ = start;
+        in_part_ = true;
     }
 
-    std::vector<Range> finish(uint32_t size) {
-        if (!ended_) open(end_);
-        close(size);
+    void end_part(uint32_t end) {
+        if (in_part_ && part_ < end) parts_.push_back({part_, end});
+        in_part_ = false;
+    }
+
+    const uint32_t start_;
+    const DelimiterSet& open_;
+    const std::string_view innermost_;
+    bool ended_ = false;    // the entity's delimiter line has been met
+    bool in_part_ = false;  // a part that is no entity began at part_
+    uint32_t part_ = 0;
+    std::vector<Range> parts_;
+};
+
+// Goes through the entities in their order and looks at what stands between them.
+class Coverage {
+  public:
+    Coverage(const mime_msg_pool& pool, const Tree& tree, const std::string& path)
+        : pool_(pool), tree_(tree), lines_(path) {}
+
+    std::vector<Range> run() {
+        for (int i = 0; i < tree_.count(); ++i) {
+            if (!is_embedded(i)) take(i);
+        }
+        look_up_to(lines_.file_size());
         return std::move(ranges_);
     }
 
   private:
-    void open(uint32_t start) {
-        start_ = start;
-        is_open_ = true;
+    const MimeMsg& record(int index) const { return *pool_.items[index]; }
+
+    // In a text, which covers it.
+    bool is_embedded(int index) const {
+        const int parent = tree_.parent(index);
+        return parent != kNoParent && !is_opened(record(parent));
     }
 
-    void close(uint32_t end) {
-        if (is_open_ && start_ < end) ranges_.push_back({start_, end});
-        is_open_ = false;
+    // A container reaches to its first delimiter line.
+    void take(int index) {
+        const MimeMsg& entity = record(index);
+        look_up_to(entity.headerStart);
+        while (!path_.empty() && path_.back() != tree_.parent(index)) leave();
+        if (is_opened(entity)) enter(index);
+        reached_ = std::max(reached_, has_content(entity) ? end_of_body(entity) : entity.bodyStart);
     }
 
-    const OpenDelimiters& delimiters_;
-    const uint32_t end_;    // of the last entity
-    bool ended_ = false;    // its delimiter line has been met
-    bool is_open_ = false;  // an uncovered range began at start_
-    uint32_t start_ = 0;
+    void enter(int index) {
+        path_.push_back(index);
+        open_.add(record(index).boundary);
+    }
+
+    void leave() {
+        open_.remove(record(path_.back()).boundary);
+        path_.pop_back();
+    }
+
+    void look_up_to(uint32_t end) {
+        if (reached_ >= end) return;
+        if (path_.empty()) return ranges_.push_back({reached_, end});
+        const std::string_view innermost = record(path_.back()).boundary;
+        // What is left before a delimiter line that does not close has just the length of a bare one.
+        if (end - reached_ == innermost.size() + kLineEnd) return;
+        Gap gap(reached_, open_, innermost);
+        lines_.go_near(reached_);
+        while (lines_.position() < end) {
+            const std::optional<Line> line = lines_.next();
+            if (!line) break;
+            gap.take(*line);
+        }
+        const std::vector<Range> parts = gap.finish(end);
+        ranges_.insert(ranges_.end(), parts.begin(), parts.end());
+    }
+
+    const mime_msg_pool& pool_;
+    const Tree& tree_;
+    LineReader lines_;
+    std::vector<int> path_;  // the containers that are open
+    DelimiterSet open_;      // their delimiters
+    uint32_t reached_ = 0;   // the end of the entities so far
     std::vector<Range> ranges_;
 };
-
-struct LastEntity {
-    int index;
-    uint32_t end;
-};
-
-// The entity that reaches furthest; a container reaches to its first delimiter line.
-LastEntity last_entity(const mime_msg_pool& pool) {
-    LastEntity last{0, 0};
-    for (int i = 0; i < pool.count; ++i) {
-        const MimeMsg& record = *pool.items[i];
-        const uint32_t end = has_content(record) ? end_of_body(record) : record.bodyStart;
-        if (end >= last.end) last = {i, end};
-    }
-    return last;
-}
 
 }  // namespace
 
 std::vector<Range> uncovered_ranges(const mime_msg_pool& pool, const Tree& tree, const std::string& path) {
-    if (pool.count == 0) return {};
-    LineReader lines(path);
-    const LastEntity last = last_entity(pool);
-    if (last.end >= lines.file_size()) return {};
-    const OpenDelimiters delimiters(pool, tree, last.index);
-    if (delimiters.none()) return {{last.end, lines.file_size()}};
-    Tail tail(delimiters, last.end);
-    lines.go_near(last.end);
-    while (const std::optional<Line> line = lines.next()) tail.take(*line);
-    return tail.finish(lines.file_size());
+    return Coverage(pool, tree, path).run();
 }
 
 }  // namespace vel::command

@@ -16,12 +16,10 @@ namespace vel::command {
 //   - on a delimiter line of a multipart that is open there;
 //   - in an epilogue: behind a closing delimiter line, up to the next delimiter line of a multipart
 //     that is open there, or up to the end of the file.
-// Everything else is uncovered: a last part that no delimiter ends, which the parser drops, and parts
-// behind a delimiter line that ended the parse. Each such part is one range, from its first header line
-// to the delimiter line that follows or to the end of the file.
-//
-// Between two entities the parser has read nothing but delimiter lines and epilogues, so that only the
-// bytes behind the last entity are looked at.
+// Everything else is uncovered: a last part that no delimiter ends, which the parser drops; parts behind a
+// delimiter line that ended the parse; parts that it took for an epilogue, because a boundary is used on
+// several levels. Each such part is one range, from its first header line to the delimiter line that
+// follows or to the end of the file.
 std::vector<Range> uncovered_ranges(const mime_msg_pool& pool, const Tree& tree, const std::string& path);
 
 }  // namespace vel::command

@@ -70,6 +70,11 @@ TEST_F(OffsetTest, OnlyPartsThatTheParserDropsAreUncovered) {
          kHead + "--outer\nContent-Type: multipart/mixed; boundary=middle\n\n--middle\n" + kInner.substr(8) +
              "--inner--\n--middle-- \nepilogue\n--outer \n\nlost\n--outer\n\nlost too\n--outer-- \n",
          {"\nlost\n", "\nlost too\n"}},
+        {"a boundary that is used on two levels",
+         kHead + kInner.substr(0, kInner.find("first")) +
+             "one\n--inner\nContent-Type: multipart/mixed; boundary=inner\n\n"
+             "--inner\n\ntwo\n--inner--\n--inner\n\nlost\n--inner--\n--outer\n\nthree\n--outer--\n",
+         {"\nlost\n"}},
         {"parts behind the closing delimiter",
          kHead + "--outer\n\none\n--outer--\nend\n--outer\n\nmore\n",
          {"\nmore\n"}},
