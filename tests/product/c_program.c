@@ -80,6 +80,7 @@ int main(void) {
     char* path;
 
     check(InitVELDll_NOMQ("c_program") == 1, "InitVELDll_NOMQ");
+    check(bCalledInitVELDll == 0, "the queue was not asked for");
     expect_text(appName, "c_program");
 
     use_settings_and_locks();

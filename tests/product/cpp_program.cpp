@@ -65,6 +65,12 @@ int main() {
     const File body(MimeGetBody(MimeGetMsg(pool.get(), 0), 0, -1));
     check(read(body) == "Hello,\r\nmail!\r\n", "the body as it stands");
 
+    char list[] = "Joe <joe@example.com>, ann@example.com";
+    RecipTbl table{};
+    check(VEL_RecipParse(list, &table, 1) == 2, "two addresses");
+    check(std::string(table.last->local) == "ann", "the last one's local part");
+    Clear_RT(&table);
+
     std::vector<std::string> lines;
     check(LogCaptureStart(capture, &lines) == 1, "LogCaptureStart");
     check(fileopen("/no/such/file", 0, 0) == -1, "a file that is missing");
