@@ -27,5 +27,6 @@ build() {
     local preset=$1
     shift
     quietly "out/$preset/configure.log" cmake --preset "$preset" "${configure_options[@]}"
-    quietly "out/$preset/build.log" "${launcher[@]}" cmake --build --preset "$preset" ${1:+--target "$@"}
+    quietly "out/$preset/build.log" "${launcher[@]}" cmake --build --preset "$preset" \
+        ${1:+--target "$@"} -- --quiet
 }
