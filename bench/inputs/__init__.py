@@ -1,0 +1,1 @@
+"""Where the benchmarks' messages come from: the same bytes on every machine."""
