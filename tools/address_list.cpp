@@ -1,0 +1,100 @@
+#include "tools/address_list.h"
+
+#include <array>
+#include <nlohmann/json.hpp>
+
+#include "tools/ascii.h"
+#include "tools/text_forms.h"
+
+namespace vel::command {
+namespace {
+
+// More than nearly every address has. The parser looks at all that it is given, so it is given no more
+// than it needs: a list of many addresses would take time that grows with its square.
+constexpr std::size_t kWindow = 256;
+
+constexpr bool stands_between(char c) { return c == ',' || kBlanks.find(c) != std::string_view::npos; }
+
+// The library refuses a list whose double quotes do not pair up; those behind a backslash do not count.
+bool quotes_pair_up(std::string_view text) {
+    bool even = true;
+    for (std::size_t at = 0; (at = text.find_first_of("\"\\", at)) != std::string_view::npos; ++at) {
+        if (text[at] == '"') {
+            even = !even;
+        } else {
+            ++at;
+        }
+    }
+    return even;
+}
+
+Json text_or_null(const char* text) { return text && *text ? Json(json_text(text)) : Json(); }
+
+}  // namespace
+
+AddressListReader::AddressListReader(std::string_view text)
+    : text_(text), changed_(text.substr(0, text.find('\0'))), last_bracket_(changed_.rfind(']')) {
+    if (quotes_pair_up(changed_)) return;
+    refusal_ = "the double quotes of the list do not pair up";
+    changed_.clear();
+}
+
+// Parses the address at the position within a window that ends in "]" and NUL. When the parser stops before
+// them, the rest of the text would make no difference: the "]" keeps a "[" from looking unclosed.
+const char* AddressListReader::parse(recipient& record) {
+    char* const start = changed_.data() + at_;
+    for (std::size_t window = kWindow; window < changed_.size() - at_; window *= 2) {
+        char* const edge = start + window;
+        const bool closed_behind = last_bracket_ != std::string::npos && last_bracket_ >= at_ + window;
+        const std::array<char, 2> kept{edge[0], edge[1]};
+        edge[0] = closed_behind ? ']' : '\0';
+        edge[1] = '\0';
+        const char* const end = ParseAddr(start, &record);
+        edge[0] = kept[0];
+        edge[1] = kept[1];
+        if (end < edge) return end;
+        Clear_RP(&record);
+    }
+    return ParseAddr(start, &record);
+}
+
+AddressListReader::Stretch AddressListReader::stretch(std::size_t start, std::size_t end, const char* left_out) const {
+    while (start < end && stands_between(text_[start])) ++start;
+    while (start < end && stands_between(text_[end - 1])) --end;
+    return {text_.substr(start, end - start), start, left_out};
+}
+
+std::optional<AddressListReader::Stretch> AddressListReader::next(recipient& record) {
+    while (at_ < changed_.size()) {
+        Clear_RP(&record);
+        if (changed_[at_] == ',') ++at_;
+        const std::size_t start = at_;
+        at_ = static_cast<std::size_t>(parse(record) - changed_.data());
+        const Stretch found = stretch(start, at_, record.canon ? nullptr : "it is no address");
+        if (!found.text.empty()) return found;
+    }
+    Clear_RP(&record);
+    if (at_ >= text_.size()) return std::nullopt;
+    const Stretch rest =
+        stretch(std::exchange(at_, text_.size()), text_.size(), refusal_ ? refusal_ : "a NUL ends the list");
+    return rest.text.empty() ? std::nullopt : std::optional(rest);
+}
+
+const char* kind_of(const recipient& record) {
+    const std::string_view canonical = text_of(record.canon);
+    if (canonical.starts_with("<@")) return "source route";
+    return canonical.ends_with(';') && *record.phrase ? "group" : "mailbox";
+}
+
+Json address_json(const recipient& record) {
+    return {
+        {"kind", kind_of(record)},
+        {"canonical", text_or_null(record.canon)},
+        {"phrase", text_or_null(record.phrase)},
+        {"comment", text_or_null(record.comment)},
+        {"local", text_or_null(record.local)},
+        {"domain", text_or_null(record.domain)},
+    };
+}
+
+}  // namespace vel::command
