@@ -39,6 +39,13 @@ void DelVEL_FILE(VEL_FILE** file) {
 }
 
 namespace vel {
+namespace {
+
+// Of a reader, flushpos tells whether the block in the buffer is as long as the file let it be.
+constexpr int32_t kWhole = 0;
+constexpr int32_t kCutShort = 1;  // return_to took its beginning away: a short block is not the end
+
+}  // namespace
 
 ssize_t read_again(int fd, void* buffer, std::size_t length) {
     ssize_t got = 0;
@@ -59,21 +66,29 @@ bool write_all(int fd, const void* data, std::size_t length) {
     return true;
 }
 
-// Reads the next block. On failure the record stays as it was, so that a retry reads again.
-bool LineFile::fill(const char* message) {
-    const int32_t room = std::min(kBlock, INT32_MAX - f_.pos);  // a file ends where positions do
-    const ssize_t got = can_read() ? read_again(f_.fd, f_.buf, static_cast<std::size_t>(room)) : -1;
+// Reads the rest of a block behind the bytes of it that are there. On failure the record stays as it was,
+// so that a retry reads again.
+bool LineFile::read_behind(int32_t kept, const char* message) {
+    const int32_t room = std::min(kBlock - kept, INT32_MAX - f_.pos);  // a file ends where positions do
+    const ssize_t got = can_read() ? read_again(f_.fd, f_.buf + kept, static_cast<std::size_t>(room)) : -1;
     if (got < 0) {
         log_text(kLogError, message);
         return false;
     }
-    f_.cur = f_.buf;
-    f_.cnt = static_cast<int32_t>(got);
+    f_.cur = f_.buf + kept;
+    f_.cnt = kept + static_cast<int32_t>(got);
+    f_.flushpos = kWhole;
     return true;
+}
+
+// When the bytes that return_to has kept are used up, the block that begins with them is completed.
+bool LineFile::complete_block(const char* message) {
+    return f_.flushpos != kCutShort || f_.mode != 0 || !is_used_up() || read_behind(f_.cnt, message);
 }
 
 LineResult LineFile::next(std::string_view& line) {
     if (needs_block() && !fill("ReadFile failed.")) return LineResult::error;
+    if (!complete_block("ReadFile failed.")) return LineResult::error;
     if (f_.cnt == 0 || at_end()) return LineResult::end;
 
     std::size_t length = 0;
@@ -91,12 +106,31 @@ LineResult LineFile::next(std::string_view& line) {
         }
         std::memcpy(f_.line + length, f_.cur, taken);
         length += taken;
-        f_.cur += taken;
-        f_.pos += static_cast<int32_t>(taken);
+        pass(taken);
+        if (!complete_block("getline: ReadFile failed.")) return LineResult::error;
     }
     f_.line[length] = '\0';
     line = {f_.line, length};
     return LineResult::line;
+}
+
+// The next line, when all of it stands in the block; else empty.
+std::string_view LineFile::line_in_block() const {
+    if (needs_block()) return {};
+    const std::size_t there = static_cast<std::size_t>(f_.buf + f_.cnt - f_.cur);
+    const void* feed = std::memchr(f_.cur, '\n', std::min(there, kLineMax));
+    const char* begin = reinterpret_cast<const char*>(f_.cur);
+    if (feed) return {begin, static_cast<const char*>(feed) + 1};
+    return {begin, there < kLineMax ? 0 : kLineMax};
+}
+
+void LineFile::pass(std::size_t length) {
+    f_.cur += length;
+    f_.pos += static_cast<int32_t>(length);
+}
+
+LineResult LineFile::next_with(std::string_view prefix, std::string_view& line) {
+    return next_where([=](std::string_view text) { return text.starts_with(prefix); }, line);
 }
 
 int LineFile::read_line(char** line) {
@@ -108,7 +142,9 @@ int LineFile::read_line(char** line) {
 }
 
 int LineFile::in() {
-    if ((needs_block() || f_.cur == f_.buf + kBlock) && !fill("inch: ReadFile failed.")) return -1;
+    constexpr const char* kFailed = "inch: ReadFile failed.";
+    if ((needs_block() || f_.cur == f_.buf + kBlock) && !fill(kFailed)) return -1;
+    if (!complete_block(kFailed)) return -1;
     if (f_.cnt == 0 || f_.cur == f_.buf + f_.cnt) return -1;
     ++f_.pos;
     return *f_.cur++;
@@ -224,6 +260,7 @@ int LineFile::out(int character) {
 void LineFile::drop_buffer() {
     f_.cur = nullptr;
     f_.cnt = 0;
+    if (f_.mode == 0) f_.flushpos = kWhole;
 }
 
 int LineFile::set_position(int32_t position) {
@@ -232,6 +269,18 @@ int LineFile::set_position(int32_t position) {
         log_text(kLogError, "setfpos: Internal file I/O error");
         return -1;
     }
+    return f_.pos = position;
+}
+
+int LineFile::return_to(int32_t position) {
+    if (needs_block()) return set_position(position);
+    const int32_t began = f_.pos - static_cast<int32_t>(f_.cur - f_.buf);
+    const int32_t passed = position - began;
+    if (position < began || passed > f_.cnt) return set_position(position);
+    if (f_.cnt == kBlock) f_.flushpos = kCutShort;
+    f_.cnt -= passed;
+    std::memmove(f_.buf, f_.buf + passed, static_cast<std::size_t>(f_.cnt));
+    f_.cur = f_.buf;
     return f_.pos = position;
 }
 

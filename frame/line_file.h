@@ -30,12 +30,25 @@ class LineFile {
     // Hands out the next line, in the record's own buffer, NUL-terminated behind its end.
     LineResult next(std::string_view& line);
 
+    // Passes lines up to one that is wanted. Those that stand whole in the buffer are passed uncopied;
+    // wanted(line) may be asked twice about a line.
+    template <class Wanted>
+    LineResult next_where(const Wanted& wanted, std::string_view& line);
+
+    // Passes lines up to one that begins with a prefix.
+    LineResult next_with(std::string_view prefix, std::string_view& line);
+
     int read_line(char** line);
     int put(std::string_view text);
     int in();
     void step_back();
     int out(int character);
     int set_position(int32_t position);
+
+    // As set_position, but a position in the block that was read last costs no system call: the bytes
+    // behind it are kept. The descriptor's own offset stays behind them.
+    int return_to(int32_t position);
+
     int position() const { return f_.pos; }
 
     // Writes what a buffered file holds back; false when the write falls short.
@@ -47,8 +60,13 @@ class LineFile {
   private:
     bool needs_block() const { return !f_.cur || f_.mode != 0; }
     bool can_read() const;
-    bool fill(const char* message);
-    bool at_end() const { return f_.cur == f_.buf + f_.cnt && f_.cnt < kBlock; }
+    bool read_behind(int32_t kept, const char* message);
+    bool fill(const char* message) { return read_behind(0, message); }
+    bool complete_block(const char* message);
+    std::string_view line_in_block() const;
+    void pass(std::size_t length);
+    bool is_used_up() const { return f_.cur == f_.buf + f_.cnt; }
+    bool at_end() const { return is_used_up() && f_.cnt < kBlock; }
     bool write_block(const uint8_t* block, const char* message);
     bool would_overflow(std::size_t more);
     bool start_buffer();
@@ -57,6 +75,17 @@ class LineFile {
 
     VEL_FILE& f_;
 };
+
+template <class Wanted>
+LineResult LineFile::next_where(const Wanted& wanted, std::string_view& line) {
+    LineResult result{};
+    do {
+        for (auto there = line_in_block(); !there.empty() && !wanted(there); there = line_in_block())
+            pass(there.size());
+        result = next(line);
+    } while (result == LineResult::line && !wanted(line));
+    return result;
+}
 
 // A file opened by the pointer calls that is closed in the end.
 struct LineFileClosed {

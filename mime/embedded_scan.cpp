@@ -4,26 +4,37 @@
 
 namespace vel {
 
+bool may_matter(ScanState state, std::string_view line) {
+    const char first = line.empty() ? '\0' : ascii::to_lower(line.front());
+    switch (state) {
+        case ScanState::text: return first == 'b' || first == kBinhexBanner.front();
+        case ScanState::in_uuencode: return first == 'e';
+        case ScanState::before_binhex_data: return first == ':';
+        case ScanState::in_binhex_data: break;
+    }
+    return true;
+}
+
 std::optional<EmbeddedFile> EmbeddedScan::line(std::string_view text, uint32_t start, uint32_t end) {
     switch (state_) {
-        case State::text:
+        case ScanState::text:
             if (ascii::starts_with_ignoring_case(text, "begin ")) {
-                state_ = State::in_uuencode;
+                state_ = ScanState::in_uuencode;
             } else if (ascii::starts_with_ignoring_case(text, kBinhexBanner)) {
-                state_ = State::before_binhex_data;
+                state_ = ScanState::before_binhex_data;
             }
             start_ = start;
             return std::nullopt;
-        case State::in_uuencode:
+        case ScanState::in_uuencode:
             if (!ascii::starts_with_ignoring_case(text, "end\r\n")) return std::nullopt;
-            state_ = State::text;
+            state_ = ScanState::text;
             return EmbeddedFile{EmbeddedKind::uuencode, start_, end};
-        case State::before_binhex_data:
-            if (text.starts_with(':')) state_ = State::in_binhex_data;
+        case ScanState::before_binhex_data:
+            if (text.starts_with(':')) state_ = ScanState::in_binhex_data;
             return std::nullopt;
-        case State::in_binhex_data:
+        case ScanState::in_binhex_data:
             if (text.find(':') == std::string_view::npos) return std::nullopt;
-            state_ = State::text;
+            state_ = ScanState::text;
             return EmbeddedFile{EmbeddedKind::binhex, start_, end};
     }
     return std::nullopt;

@@ -19,17 +19,22 @@ struct EmbeddedFile {
     uint32_t end;
 };
 
+enum class ScanState { text, in_uuencode, before_binhex_data, in_binhex_data };
+
+// Whether a line can mean anything in a state, by its first character; any other may be left out.
+bool may_matter(ScanState state, std::string_view line);
+
 // The rules for the bodies of MIME messages. Those for flat messages differ and stand with the flat
 // parser.
 class EmbeddedScan {
   public:
+    bool wants(std::string_view text) const { return may_matter(state_, text); }
+
     // Takes the next line, which stands at [start, end) in the file; answers the file that it ends.
     std::optional<EmbeddedFile> line(std::string_view text, uint32_t start, uint32_t end);
 
   private:
-    enum class State { text, in_uuencode, before_binhex_data, in_binhex_data };
-
-    State state_ = State::text;
+    ScanState state_ = ScanState::text;
     uint32_t start_ = 0;
 };
 

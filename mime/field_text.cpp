@@ -91,7 +91,7 @@ class Skipper {
 
     // The line belongs to the next field: it will be read again.
     bool put_back() {
-        if (SetFilePos(file_, began_) == -1) return false;
+        if (LineFile(file_).return_to(began_) == -1) return false;
         std::memcpy(file_->line, "\r\n", sizeof "\r\n");
         at_ = file_->line;
         return true;

@@ -20,29 +20,25 @@ class FlatParser {
 
     int parse(mime_msg_pool** pool) {
         std::string_view line;
-        for (uint32_t start = 0; next_line(line); start = position()) take(line, start);
+        if (is_line(lines_.next_with("\r\n", line))) {
+            text_->bodyStart = position();
+            while (next_line(line)) take(line, position() - static_cast<uint32_t>(line.size()));
+        }
         text_->bodyEnd = size_of(*file_);
         return pool_.give(pool);
     }
 
   private:
-    enum class State { headers, text, in_uuencode, before_binhex_data, in_binhex_data };
-
     void take(std::string_view line, uint32_t start) {
         switch (state_) {
-            case State::headers:
-                if (!line.starts_with("\r\n")) return;
-                text_->bodyStart = position();
-                state_ = State::text;
-                return;
-            case State::text: return look_for_file(line, start);
-            case State::in_uuencode:
+            case ScanState::text: return look_for_file(line, start);
+            case ScanState::in_uuencode:
                 if (ascii::starts_with_ignoring_case(line, "end")) end_file(add_uuencoded);
                 return;
-            case State::before_binhex_data:
-                if (line.starts_with(':')) state_ = State::in_binhex_data;
+            case ScanState::before_binhex_data:
+                if (line.starts_with(':')) state_ = ScanState::in_binhex_data;
                 return;
-            case State::in_binhex_data:
+            case ScanState::in_binhex_data:
                 if (line.find(':') != std::string_view::npos) end_file(add_binhex);
                 return;
         }
@@ -51,9 +47,9 @@ class FlatParser {
     void look_for_file(std::string_view line, uint32_t start) {
         file_start_ = start;
         if (IsuuencodeBegin(file_->line, nullptr)) {
-            state_ = State::in_uuencode;
+            state_ = ScanState::in_uuencode;
         } else if (ascii::starts_with_ignoring_case(line, kBinhexBanner)) {
-            state_ = State::before_binhex_data;
+            state_ = ScanState::before_binhex_data;
         }
     }
 
@@ -63,11 +59,14 @@ class FlatParser {
         add_file(pool_, file_start_, position());
         text_ = &pool_.add(position());
         text_->bodyStart = position();
-        state_ = State::text;
+        state_ = ScanState::text;
     }
 
     bool next_line(std::string_view& line) {
-        const LineResult result = lines_.next(line);
+        return is_line(lines_.next_where([this](std::string_view text) { return may_matter(state_, text); }, line));
+    }
+
+    static bool is_line(LineResult result) {
         if (result == LineResult::error) throw ParseFailure{kReadFailed};
         return result == LineResult::line;
     }
@@ -79,7 +78,7 @@ class FlatParser {
     EntityPool pool_;
     MimeMsg* text_;  // the piece of text that is being read
     uint32_t file_start_ = 0;
-    State state_ = State::headers;
+    ScanState state_ = ScanState::text;
 };
 
 }  // namespace

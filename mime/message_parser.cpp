@@ -128,9 +128,8 @@ class MessageParser {
         const std::string delimiter = std::string(kClosingMark).append(boundary_value(*record_));
         assign_text(record_->boundary, copy_text(delimiter));
         std::string_view line;
-        do {
-            if (!next_line(line)) throw ParseFailure{kNotValid};
-        } while (!line.starts_with(delimiter));
+        const LineResult result = lines_.next_with(delimiter, line);
+        if (result != LineResult::line) throw ParseFailure{result == LineResult::end ? kNotValid : kReadFailed};
         attach();
         record_->bodyStart = position() - static_cast<uint32_t>(delimiter.size()) - kLineEnd;
         in_message_ = false;
@@ -159,20 +158,26 @@ class MessageParser {
 
     Phase read_body() {
         const bool scanned = may_hold_files(*record_);
-        return has_delimiter() ? read_part(scanned) : read_to_file_end(scanned);
+        if (!has_delimiter()) return read_to_file_end(scanned);
+        std::string_view line;
+        const LineResult result = scanned ? scan_part(line) : lines_.next_with(delimiter_, line);
+        if (result == LineResult::error) throw ParseFailure{kReadFailed};
+        if (result == LineResult::line) return end_part(line.substr(delimiter_.size()).starts_with(kClosingMark));
+        if (strict_) log_text(kLogError, kReadFailed);  // Kept: that very text.
+        return Phase::finished;
     }
 
-    Phase read_part(bool scanned) {
+    // Looks for embedded files up to the delimiter line that ends the part, and hands that out.
+    LineResult scan_part(std::string_view& line) {
         EmbeddedScan scan;
+        const auto ends_part = [this](std::string_view text) {
+            return has_delimiter() && text.starts_with(delimiter_);
+        };
         for (;;) {
-            const uint32_t start = position();
-            std::string_view line;
-            if (!next_line(line)) {
-                if (strict_) log_text(kLogError, kReadFailed);  // Kept: that very text.
-                return Phase::finished;
-            }
-            if (line.starts_with(delimiter_)) return end_part(line.substr(delimiter_.size()).starts_with(kClosingMark));
-            if (scanned) look_for_file(scan, line, start);
+            const LineResult result =
+                lines_.next_where([&](std::string_view text) { return scan.wants(text) || ends_part(text); }, line);
+            if (result != LineResult::line || ends_part(line)) return result;
+            look_for_file(scan, line);
         }
     }
 
@@ -188,11 +193,8 @@ class MessageParser {
     }
 
     Phase read_to_file_end(bool scanned) {
-        EmbeddedScan scan;
         std::string_view line;
-        for (uint32_t start = position(); scanned && next_line(line); start = position()) {
-            look_for_file(scan, line, start);
-        }
+        if (scanned && scan_part(line) == LineResult::error) throw ParseFailure{kReadFailed};
         record_->nodeKind = kRunsToFileEnd;
         end_body(size_, size_);
         return Phase::headers;
@@ -202,11 +204,12 @@ class MessageParser {
     void end_body(uint32_t end, uint32_t resume) {
         attach();
         record_->bodyEnd = end;
-        if (SetFilePos(file_, static_cast<int32_t>(resume)) == -1) throw ParseFailure{kReadFailed};
+        if (lines_.return_to(static_cast<int32_t>(resume)) == -1) throw ParseFailure{kReadFailed};
         next_record();
     }
 
-    void look_for_file(EmbeddedScan& scan, std::string_view line, uint32_t start) {
+    void look_for_file(EmbeddedScan& scan, std::string_view line) {
+        const uint32_t start = position() - static_cast<uint32_t>(line.size());
         const std::optional<EmbeddedFile> found = scan.line(line, start, position());
         if (!found) return;
         const bool uuencoded = found->kind == EmbeddedKind::uuencode;

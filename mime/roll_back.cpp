@@ -49,9 +49,7 @@ class RollBack {
     Outcome skip_epilogue(std::string_view around, const MimeMsg& container, std::string& line) {
         LineFile lines(file_);
         std::string_view text;
-        LineResult result{};
-        do result = lines.next(text);
-        while (result == LineResult::line && !text.starts_with(around));
+        const LineResult result = lines.next_with(around, text);
         if (result != LineResult::line) return result == LineResult::end ? Outcome::done : Outcome::failed;
         const bool closes = text.substr(around.size()).starts_with(kClosingMark);
         if (!closes && !(nested_ && has_type(container, "message", "rfc822"))) return Outcome::done;

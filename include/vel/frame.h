@@ -77,7 +77,7 @@ typedef struct vel_file {
     char* name;       /* owned: the path given at open */
     char* line;       /* owned: 1025 bytes, every line handed out stands here */
     int32_t pos;      /* bytes consumed or produced since open or the last positioning */
-    int32_t flushpos; /* the file offset after a buffer flush by the line writer */
+    int32_t flushpos; /* writing: the file offset after a buffer flush by the line writer; reading: internal */
     int32_t mode;     /* 1: open for writing, 0: for reading */
     uint8_t* buf;     /* owned: 4096 bytes */
     uint8_t* cur;     /* cursor into buf; null: nothing is in it */

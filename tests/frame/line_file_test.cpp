@@ -307,6 +307,57 @@ TEST_F(FileTest, traces_opens_and_closes_when_asked) {
                             "fileclose: FileHandle #" + std::to_string(fd)));
 }
 
+// One step on a file, the fast way or the plain one; what it comes to.
+//   choice  of the step
+//   target  of a move
+std::string step(LineFile file, uint32_t choice, int32_t target, bool fast) {
+    std::string_view line;
+    LineResult result{};
+    const auto wanted = [](std::string_view text) { return text.starts_with('d'); };
+    switch (choice) {
+        case 0: return "moved " + std::to_string(fast ? file.return_to(target) : file.set_position(target));
+        case 1:
+            if (fast) {
+                result = file.next_where(wanted, line);
+            } else {
+                do result = file.next(line);
+                while (result == LineResult::line && !wanted(line));
+            }
+            break;
+        case 2: return "byte " + std::to_string(file.in());
+        default: result = file.next(line);
+    }
+    return std::to_string(static_cast<int>(result)) + (result == LineResult::line ? std::string(line) : "") + " at " +
+           std::to_string(file.position());
+}
+
+// Also in what depends on the blocks: a last line that ends where one ends is dropped.
+TEST_F(FileTest, the_fast_ways_through_a_file_lead_where_the_plain_ones_do) {
+    Random random(1);
+    for (int round = 0; round < 300; ++round) {
+        std::string text;
+        const std::size_t size = 4096 * random.below(4) + random.below(3) * random.below(3000);
+        while (text.size() < size) {
+            text.append(random.below(10) == 0 ? random.below(2100) : random.below(90), "abcd"[random.below(4)]);
+            text += random.below(20) == 0 ? "" : "\r\n";
+        }
+        text.resize(size, 'e');
+        const std::string path = file("both", text);
+        const OpenFile fast(FileOpen(path.c_str(), 1));
+        const OpenFile plain(FileOpen(path.c_str(), 1));
+        for (int steps = 0; steps < 400; ++steps) {
+            const uint32_t choice = random.below(5);
+            const int32_t at = LineFile(plain.get()).position();
+            const int32_t back = static_cast<int32_t>(random.below(2) ? random.below(5000) : random.below(120));
+            const int32_t whole_blocks_before_end = static_cast<int32_t>(size % kBlock);
+            const int32_t target = back < 20 ? whole_blocks_before_end : std::max(at - back, 0);
+            ASSERT_EQ(step(LineFile(fast.get()), choice, target, true),
+                      step(LineFile(plain.get()), choice, target, false))
+                << "round " << round << ", step " << steps << ", choice " << choice;
+        }
+    }
+}
+
 TEST_F(FileTest, unknown_handles_fail_in_silence) {
     char* line = nullptr;
     for (const int handle : {-1, 0, 12345, 2000000}) {
