@@ -55,6 +55,11 @@ std::optional<DateReading> read_date(const std::string& text) {
     return std::nullopt;
 }
 
+bool is_rfc822_date(const std::string& text) {
+    const std::optional<DateReading> date = read_date(text);
+    return date && date->layout == DateLayout::rfc822;
+}
+
 const char* name_of(DateLayout layout) { return layout == DateLayout::rfc822 ? "RFC 822" : "ctime"; }
 
 std::string normalized(UTCtime time) {

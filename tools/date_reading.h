@@ -24,6 +24,9 @@ struct DateReading {
 // Tries RFC 822's layout, then ctime's. Nothing when neither reads the text.
 std::optional<DateReading> read_date(const std::string& text);
 
+// Whether the text is a date as it stands in a header field.
+bool is_rfc822_date(const std::string& text);
+
 const char* name_of(DateLayout layout);
 
 // "Mon, 1 Feb 1999 10:20:30 -0500", as UTC2rfc writes it.

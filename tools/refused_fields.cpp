@@ -1,7 +1,7 @@
 #include "tools/refused_fields.h"
 
+#include <algorithm>
 #include <cstdlib>
-
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -28,13 +28,13 @@ void forget_type(MimeMsg& record) {
     record.contentTypeParams = nullptr;
 }
 
-// The MIME fields of one header block.
-class HeaderBlock {
+// Those of one header block.
+class MimeFields {
   public:
-    HeaderBlock() = default;
-    HeaderBlock(const HeaderBlock&) = delete;
-    HeaderBlock& operator=(const HeaderBlock&) = delete;
-    ~HeaderBlock() { clear(); }
+    MimeFields() = default;
+    MimeFields(const MimeFields&) = delete;
+    MimeFields& operator=(const MimeFields&) = delete;
+    ~MimeFields() { clear(); }
 
     MimeMsg* record() { return &record_; }
 
@@ -55,8 +55,8 @@ class HeaderBlock {
         if (begins(line, kEncoding)) forget(record_.contentTransferEncoding);
     }
 
-    void accept_type(Range field) { type_field_ = field; }
-    Range type_field() const { return type_field_; }
+    void accept_type(TroubledField field) { type_field_ = std::move(field); }
+    const TroubledField& type_field() const { return type_field_; }
 
     bool is_multipart() const { return command::is_multipart(record_); }
 
@@ -82,25 +82,31 @@ class HeaderBlock {
 
   private:
     MimeMsg record_{};
-    Range type_field_{};
+    TroubledField type_field_{};
 };
+
+bool tells_of_correction(const LogLine& line) { return line.text.find("field invalid") != std::string::npos; }
 
 class FieldSearch {
   public:
-    FieldSearch(const std::string& path, bool nested) : lines_(path), nested_(nested) {}
+    FieldSearch(const std::string& path, bool nested, Journal* journal)
+        : lines_(path), nested_(nested), journal_(journal) {}
 
-    std::vector<Range> run() {
-        while (const std::optional<Line> line = lines_.next()) take(*line);
-        give_up_waiting();
-        std::sort(refused_.begin(), refused_.end(), [](Range a, Range b) { return a.start < b.start; });
-        return std::move(refused_);
+    std::vector<TroubledField> run() {
+        take_log();
+        std::optional<Line> line;
+        while (found_.size() < kMostTroubledFields && (line = lines_.next())) take(*line);
+        if (!line) give_up_waiting();
+        std::sort(found_.begin(), found_.end(),
+                  [](const TroubledField& a, const TroubledField& b) { return a.range.start < b.range.start; });
+        return std::move(found_);
     }
 
   private:
     // A multipart whose first delimiter line has not come yet.
     struct Awaited {
         std::string delimiter;
-        Range type_field;
+        TroubledField type_field;
     };
 
     void take(const Line& line) {
@@ -126,14 +132,24 @@ class FieldSearch {
     void take_header_line(const Line& line) {
         if (line.text == "\r\n") return end_block();
         if (line.text.starts_with("#F") || line.text.starts_with("#R")) return;  // lines of the queue's envelope
-        const Range field{line.start, line.end};
+        const Range range{line.start, line.end};
         const std::string text(line.text);  // the field parser reads on, into the same buffer
-        if (ParseMimeHeaders(lines_.file(), block_.record(), lines_.file()->line) == 0) {
-            if (begins(text, kContentType)) block_.accept_type({field.start, lines_.position()});
+        const bool refused = ParseMimeHeaders(lines_.file(), block_.record(), lines_.file()->line) != 0;
+        TroubledField field{range, text.substr(0, text.find(':')), Trouble::refused, take_log()};
+        if (refused) {
+            block_.refuse(text);
+            field.range = with_continuation(range, text.ends_with('\n'));
+            found_.push_back(std::move(field));
             return;
         }
-        block_.refuse(text);
-        refused_.push_back(with_continuation(field, text.ends_with('\n')));
+        field.range.end = lines_.position();
+        if (std::any_of(field.said.begin(), field.said.end(), tells_of_correction)) report(field, Trouble::corrected);
+        if (begins(text, kContentType)) block_.accept_type(std::move(field));
+    }
+
+    void report(TroubledField field, Trouble trouble) {
+        field.trouble = trouble;
+        found_.push_back(std::move(field));
     }
 
     // Adds the rest of a line that came in pieces, and the lines that continue the field.
@@ -159,30 +175,44 @@ class FieldSearch {
 
     void open_multipart() {
         std::optional<std::string> delimiter = block_.delimiter();
-        if (!delimiter) {
-            refused_.push_back(block_.type_field());
-            return;
-        }
+        if (!delimiter) return report(block_.type_field(), Trouble::no_boundary);
         delimiters_.add(*delimiter);
         awaited_ = Awaited{std::move(*delimiter), block_.type_field()};
     }
 
     void give_up_waiting() {
-        if (awaited_) refused_.push_back(awaited_->type_field);
+        if (awaited_) report(awaited_->type_field, Trouble::no_first_delimiter);
         awaited_.reset();
     }
 
+    std::vector<LogLine> take_log() { return journal_ ? journal_->take() : std::vector<LogLine>(); }
+
     LineReader lines_;
     const bool nested_;
-    HeaderBlock block_;
+    MimeFields block_;
     bool in_header_ = true;
     std::optional<Awaited> awaited_;
     DelimiterSet delimiters_;
-    std::vector<Range> refused_;
+    Journal* journal_;
+    std::vector<TroubledField> found_;
 };
 
 }  // namespace
 
-std::vector<Range> refused_fields(const std::string& path, bool nested) { return FieldSearch(path, nested).run(); }
+std::vector<TroubledField> troubled_fields(const std::string& path, bool nested, Journal& journal) {
+    return FieldSearch(path, nested, &journal).run();
+}
+
+std::vector<Range> refused_ranges(const std::vector<TroubledField>& fields) {
+    std::vector<Range> ranges;
+    for (const TroubledField& field : fields) {
+        if (field.refuses_message()) ranges.push_back(field.range);
+    }
+    return ranges;
+}
+
+std::vector<Range> refused_fields(const std::string& path, bool nested) {
+    return refused_ranges(FieldSearch(path, nested, nullptr).run());
+}
 
 }  // namespace vel::command

@@ -1,0 +1,39 @@
+// One header block as the library's header parser reads it, and what it has left out.
+#ifndef VEL_TOOLS_HEADER_BLOCK_H
+#define VEL_TOOLS_HEADER_BLOCK_H
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tools/journal.h"
+#include "vel/rfc822.h"
+
+namespace vel::command {
+
+struct HeaderFreed {
+    void operator()(addr822* header) const { Free822Header(header); }
+};
+
+struct HeaderBlock {
+    std::unique_ptr<addr822, HeaderFreed> fields;
+    int lines = 0;                      // the empty one included
+    int status_line = 0;                // 0: none
+    uint32_t end = 0;                   // the offset behind the last line that was read
+    std::vector<LogLine> said;          // by the library
+    std::vector<std::string> envelope;  // the queue's lines, "#F" and "#R"
+    std::vector<std::string> no_fields;
+    bool date_readable = true;  // false: the library has put the current time in its place
+};
+
+// Reads the block at the beginning of a file. Throws Failure.
+HeaderBlock read_header_block(const std::string& path, Journal& journal);
+
+// A line of the queue's envelope, which stands among the header lines.
+bool is_envelope_line(std::string_view line);
+
+}  // namespace vel::command
+
+#endif
