@@ -27,7 +27,8 @@ void for_each_block(int fd, OnBlock&& on_block) {
     const auto buffer = std::make_unique<char[]>(kBlock);
     for (;;) {
         const ssize_t got = read_block(fd, buffer.get(), kBlock);
-        if (got < 0) throw Failure::of_system_call(errno == EISDIR ? Exit::no_input : Exit::io_error, "");
+        if (got < 0)
+            throw Failure::of_system_call(errno == EISDIR || errno == EBADF ? Exit::no_input : Exit::io_error, "");
         if (got == 0 || !on_block(std::string_view(buffer.get(), static_cast<std::size_t>(got)))) return;
     }
 }

@@ -1,12 +1,26 @@
 #include "tools/command_line.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 
-#include "tools/output.h"
-
 namespace vel::command {
+namespace {
+
+// The option parser takes an argument in brackets for a list, unless something stands before them.
+constexpr char kGuard = '\x01';
+
+void guard(std::string& argument) {
+    if (argument.starts_with('[') && argument.ends_with(']')) argument.insert(0, 1, kGuard);
+}
+
+std::string unguarded(const std::string& value) { return value.substr(value.starts_with(kGuard)); }
+
+// It would wrap to a very large one.
+std::string not_negative(const std::string& number) {
+    if (number.starts_with('-')) throw CLI::ValidationError("must not be negative: " + number);
+    return number;
+}
+
+}  // namespace
 
 const char* const kAboutJsonTexts =
     "Texts in JSON: a message's bytes that are not UTF-8 (0x80 to 0xFF) appear as the characters U+F780 to\n"
@@ -16,8 +30,20 @@ const char* const kAboutJsonTexts =
 CommandLine::CommandLine(const std::string& verb, const std::string& description, const std::string& footer)
     : app_(description, "vel " + verb) {
     app_.footer(footer);
+}
+
+void CommandLine::add_files() {
     app_.add_option("FILE", files, "Messages; \"-\" is standard input")->required()->type_name("");
-    app_.add_flag("--json", json, "One object a file, on one line");
+    app_.add_flag("-r,--recursive", recursive, "Of a directory, read the Maildir or all files in it and below");
+}
+
+void CommandLine::add_texts() {
+    app_.add_option("TEXT", texts, "Texts; \"-\" is standard input, a text a line")->required()->type_name("");
+}
+
+void CommandLine::add_json() { app_.add_flag("--json", json, "One object a line"); }
+
+void CommandLine::add_parse_options() {
     app_.add_flag_callback(
         "--no-nested", [this] { parse_options.nested = false; }, "Leave enclosed messages (message/rfc822) whole");
     app_.add_flag_callback(
@@ -25,38 +51,33 @@ CommandLine::CommandLine(const std::string& verb, const std::string& description
         "Show all that the library says, not only what is wrong");
 }
 
-std::optional<Exit> CommandLine::read(Arguments arguments) {
-    for (std::string& argument : arguments) {
-        // The option parser would take a name that stands in brackets for a list.
-        if (argument.starts_with('[') && argument.ends_with(']')) argument.insert(0, "./");
-    }
+std::optional<Exit> CommandLine::read(Arguments arguments, Session& session) {
+    for (CLI::Option* option : app_.get_options()) option->transform(unguarded);
+    std::for_each(arguments.begin(), arguments.end(), guard);
     std::reverse(arguments.begin(), arguments.end());  // the order that it wants
     try {
         app_.parse(std::move(arguments));
         return std::nullopt;
     } catch (const CLI::CallForHelp&) {
-        Output output(STDOUT_FILENO);
-        output.write(app_.help());
-        output.flush();
+        session.output.write(app_.help());
         return Exit::success;
     } catch (const CLI::ParseError& error) {
-        complain({}, error.what());
-        complain({}, app_.get_name() + " --help tells more");
-        return Exit::usage;
+        return misuse(error.what(), session);
     }
 }
 
-Exit for_each_file(const std::vector<std::string>& files, const std::function<Exit(const std::string&)>& work) {
-    Exit worst = Exit::success;
-    for (const std::string& file : files) {
-        try {
-            worst = worse(worst, work(file));
-        } catch (const Failure& failure) {
-            complain(file, failure.what());
-            worst = worse(worst, failure.exit());
-        }
-    }
-    return worst;
+CLI::Option* as_number(CLI::Option* option) { return option->transform(not_negative)->type_name("N"); }
+
+CLI::Option* as_size(CLI::Option* option) {
+    CLI::AsSizeValue with_unit(false);
+    with_unit.description("");
+    return option->transform(with_unit)->transform(not_negative)->type_name("SIZE");
+}
+
+Exit CommandLine::misuse(const std::string& text, Session& session) const {
+    session.output.complain({}, text);
+    session.output.complain({}, app_.get_name() + " --help tells more");
+    return Exit::usage;
 }
 
 }  // namespace vel::command

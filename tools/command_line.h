@@ -3,28 +3,41 @@
 #define VEL_TOOLS_COMMAND_LINE_H
 
 #include <CLI/CLI.hpp>
-#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "tools/exit_code.h"
 #include "tools/message.h"
+#include "tools/session.h"
 #include "tools/verb.h"
 
 namespace vel::command {
 
+// The arguments of a verb. Which options it shares with others it says itself, group by group, in the
+// order in which its help is to list them.
 class CommandLine {
   public:
     // The verb's name, what it does, and what stands below the options in its help.
     CommandLine(const std::string& verb, const std::string& description, const std::string& footer);
 
+    void add_files();          // FILE..., --recursive
+    void add_texts();          // TEXT...
+    void add_json();           // --json
+    void add_parse_options();  // --no-nested, --verbose
+
+    // For options of the verb's own.
     CLI::App& app() { return app_; }
 
     // Reads the arguments; the exit code when nothing is left to do (help was asked for, or wrong usage).
-    std::optional<Exit> read(Arguments arguments);
+    std::optional<Exit> read(Arguments arguments, Session& session);
+
+    // Says what is wrong with arguments that do not go together.
+    Exit misuse(const std::string& text, Session& session) const;
 
     std::vector<std::string> files;
+    bool recursive = false;
+    std::vector<std::string> texts;
     bool json = false;
     ParseOptions parse_options;
 
@@ -32,9 +45,9 @@ class CommandLine {
     CLI::App app_;
 };
 
-// Runs work for each file. A Failure ends the work on one file and is told on standard error; the
-// worst exit code counts.
-Exit for_each_file(const std::vector<std::string>& files, const std::function<Exit(const std::string&)>& work);
+// Has an option take a number that is not negative: N; or SIZE, in bytes or with K, M, G for powers of 1024.
+CLI::Option* as_number(CLI::Option* option);
+CLI::Option* as_size(CLI::Option* option);
 
 // The paragraph about texts that every help with --json ends in.
 extern const char* const kAboutJsonTexts;

@@ -5,7 +5,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <filesystem>
 
 #include "tools/descriptor.h"
 #include "tools/exit_code.h"
@@ -26,12 +25,16 @@ mode_t mode_of_new_files() {
 
 }  // namespace
 
-Destination::Destination(const std::string& directory, const Limits& left, Scratch& scratch)
-    : directory_(directory), left_(left), scratch_(scratch), mode_(mode_of_new_files()) {
-    std::error_code failed;
-    std::filesystem::create_directories(directory_, failed);
-    if (failed) throw Failure(Exit::cannot_create, directory_ + ": " + failed.message());
-    scratch_.place_below(directory_);
+Destination::Destination(const std::string& directory, const Limits& limits, Scratch& scratch)
+    : directory_(directory),
+      limits_(limits),
+      left_(limits),
+      scratch_(scratch.below(directory)),
+      mode_(mode_of_new_files()) {
+    struct stat status {};
+    if (::stat(directory_.c_str(), &status) != 0) return;
+    if (!S_ISDIR(status.st_mode)) throw Failure(Exit::cannot_create, directory_ + ": is not a directory");
+    if (::access(directory_.c_str(), W_OK | X_OK) != 0) throw Failure::of_system_call(Exit::cannot_create, directory_);
 }
 
 // Makes an empty file under the name or, when that is taken, the next free numbered one.

@@ -22,14 +22,22 @@ struct Limits {
 
 class Destination {
   public:
-    // Makes the directory when it is missing and has the private directory made below it, so that a
-    // finished file is moved into place: there is never half of one. Throws Failure.
-    Destination(const std::string& directory, const Limits& left, Scratch& scratch);
+    // A directory that is missing is made when a file is first prepared for it. Throws Failure for one that
+    // can be told to be impossible now.
+    Destination(const std::string& directory, const Limits& limits, Scratch& scratch);
+
+    // Where files are prepared, below the directory, so that a finished one is moved into place: there is
+    // never half of one. Any thread.
+    Scratch& scratch() { return scratch_; }
+
+    const Limits& limits() const { return limits_; }
+
+    // The rest is for who has the turn.
 
     // Whether the limits leave room for another file of a size.
     bool has_room(uint64_t size) const { return left_.files > 0 && size <= left_.bytes; }
 
-    // Moves a file into the directory under a safe name; a number is added when the name is taken, nothing
+    // Moves a file that was prepared into the directory under a safe name; a number is added when the name is taken, nothing
     // is ever overwritten. Returns the path. Throws Failure.
     std::string place(const std::string& name, const char* file, uint64_t size);
 
@@ -37,7 +45,8 @@ class Destination {
     std::string reserve(const std::string& name);
 
     std::string directory_;
-    Limits left_;
+    const Limits limits_;
+    Limits left_;  // of the limits
     Scratch& scratch_;
     mode_t mode_;                                             // of new files, as the umask has it
     std::unordered_map<std::string, unsigned> last_numbers_;  // given to each name so far

@@ -1,12 +1,11 @@
 // vel extract: the bodies of messages as files.
-#include <unistd.h>
-
 #include <nlohmann/json.hpp>
 
 #include "tools/blocks.h"
 #include "tools/command_line.h"
 #include "tools/draw_tree.h"
 #include "tools/extraction.h"
+#include "tools/many_files.h"
 #include "tools/message_json.h"
 #include "tools/output.h"
 #include "tools/table.h"
@@ -17,8 +16,9 @@ namespace {
 
 const std::string kFooter =
     std::string(
-        "Example:\n"
-        "  vel extract message.eml -o parts\n"
+        "Examples:\n"
+        "  printf 'Content-Transfer-Encoding: base64\\nMIME-Version: 1.0\\n\\ndGV4dAo=\\n' | vel extract - -o parts\n"
+        "  vel extract -r ~/Maildir -o attachments --max-bytes 1G\n"
         "\n"
         "Every body that is not a container's is written, decoded, under the name that the message gives it, made\n"
         "safe: no path, no control characters, no device names, at most 200 bytes. Without a name it is part-N with\n"
@@ -47,33 +47,22 @@ struct Options {
     Form form() const { return raw ? Form::raw : whole_text ? Form::whole_text : Form::decoded; }
 };
 
-// A negative limit would wrap to a very large one.
-std::string not_negative(const std::string& number) {
-    if (number.starts_with('-')) throw CLI::ValidationError("must not be negative: " + number);
-    return number;
-}
-
 void declare(CLI::App& app, Options& options) {
     auto* directory = app.add_option("-o,--output", options.directory, "Directory to write to, made when missing");
-    auto* part = app.add_option("--part", options.part, "Write this part only, any kind, by its index");
+    auto* part = as_number(app.add_option("--part", options.part, "Write this part only, any kind, by its index"));
     auto* raw = app.add_flag("--raw", options.raw, "Write header block and body as stored, undecoded");
     app.add_flag("--whole-text", options.whole_text, "Leave embedded files in their text too")->excludes(raw);
     app.add_flag("--stdout", options.to_stdout, "Write the part to standard output")->needs(part)->excludes(directory);
-    app.add_option("--max-bytes", options.limits.bytes, "Write at most so many bytes in all; K, M, G: powers of 1024")
-        ->transform(CLI::AsSizeValue(false))
-        ->transform(not_negative)
-        ->type_name("SIZE");
-    app.add_option("--max-files", options.limits.files, "Write at most so many files in all")
-        ->transform(not_negative)
-        ->type_name("N");
+    as_size(app.add_option("--max-bytes", options.limits.bytes,
+                           "Write at most so many bytes in all; 10K, 5M, 1G: powers of 1024"));
+    as_number(app.add_option("--max-files", options.limits.files, "Write at most so many files in all"));
     directory->type_name("DIR");
-    part->type_name("N");
 }
 
 // Empty when the options go together.
 std::string misuse(const Options& options, const CommandLine& line) {
     if (options.to_stdout && line.json) return "--stdout excludes --json";
-    if (options.to_stdout && line.files.size() > 1) return "--stdout takes one FILE";
+    if (options.to_stdout && (line.recursive || line.files.size() > 1)) return "--stdout takes one FILE";
     if (!options.to_stdout && options.directory.empty()) return "-o DIR is required";
     return {};
 }
@@ -111,23 +100,23 @@ void print_table(const ParsedMessage& message, const Extraction& extraction, Out
     table.print(output);
 }
 
-void complain_about(const ParsedMessage& message, const Extraction& extraction, Form form) {
+void complain_about(const ParsedMessage& message, const Extraction& extraction, Form form, Output& output) {
     for (const Written& file : extraction.files) {
         if (file.decoded || !file.part || form == Form::raw) continue;
-        complain(message.name, "part " + std::to_string(*file.part) +
-                                   (file.with_header ? " has no blank line; written with its header lines"
-                                                     : " does not decode; written as it stands"));
+        output.complain(message.name, "part " + std::to_string(*file.part) +
+                                          (file.with_header ? " has no blank line; written with its header lines"
+                                                            : " does not decode; written as it stands"));
     }
     if (extraction.left_out > 0) {
-        complain(message.name,
-                 std::to_string(extraction.left_out) + " more not written, --max-bytes or --max-files is reached");
+        output.complain(message.name, std::to_string(extraction.left_out) +
+                                          " more not written, --max-bytes or --max-files is reached");
     }
 }
 
 void print_body(const ParsedMessage& message, const Options& options, Output& output) {
     MimeMsg& record = wanted_part(message, *options.part);
     const BodyFile body = write_body(record, options.form());
-    if (!body.decoded && !options.raw) complain(message.name, "the part does not decode; written as it stands");
+    if (!body.decoded && !options.raw) output.complain(message.name, "the part does not decode; written as it stands");
     for_each_block(open_for_reading(body.file.get()).get(), [&](std::string_view block) {
         output.write(block);
         return true;
@@ -136,35 +125,33 @@ void print_body(const ParsedMessage& message, const Options& options, Output& ou
 
 }  // namespace
 
-Exit run_extract(Arguments arguments, Session& session) {
+Exit run_extract(Arguments arguments, Session& main) {
     CommandLine line("extract", "Writes the bodies of messages into files, decoded.", kFooter);
     Options options;
+    line.add_files();
+    line.add_json();
+    line.add_parse_options();
     declare(line.app(), options);
-    if (const auto exit = line.read(std::move(arguments))) return *exit;
-    if (const std::string wrong = misuse(options, line); !wrong.empty()) {
-        complain({}, wrong);
-        return Exit::usage;
-    }
+    if (const auto exit = line.read(std::move(arguments), main)) return *exit;
+    if (const std::string wrong = misuse(options, line); !wrong.empty()) return line.misuse(wrong, main);
     std::optional<Destination> destination;
-    if (!options.to_stdout) destination.emplace(options.directory, options.limits, session.scratch);
-    const std::string temporary = session.scratch.directory();
-    const SettingInForce library_writes_there("Gateway", "TemporaryDirectory", temporary.c_str());
-    // Who reads the table does not decide what is written.
-    Output output(STDOUT_FILENO, options.to_stdout ? Output::WithoutReader::stop : Output::WithoutReader::go_on);
-    return for_each_file(line.files, [&](const std::string& file) {
+    if (!options.to_stdout) {
+        destination.emplace(options.directory, options.limits, main.scratch);
+        main.output.streams().go_on_without_reader();  // who reads the table does not decide what is written
+    }
+    return for_each_file(line, main, [&](const std::string& file, Session& session) {
         const ParsedMessage message = parse_message(file, line.parse_options, session);
-        Exit exit = message.fallback == Fallback::none ? Exit::success : Exit::bad_data;
-        if (options.to_stdout) {
-            print_body(message, options, output);
-        } else {
-            const Extraction extraction = extract(message, options.part, options.form(), *destination, session);
-            complain_about(message, extraction, options.form());
-            line.json ? print_json(message, extraction, output) : print_table(message, extraction, output);
-            exit = worse(exit, extraction.exit);
-            if (extraction.left_out > 0) exit = worse(exit, Exit::cannot_create);
+        const Exit exit = message.fallback == Fallback::none ? Exit::success : Exit::bad_data;
+        Scratch& scratch = destination ? destination->scratch() : session.scratch;
+        const SettingInForce library_writes_there("Gateway", "TemporaryDirectory", scratch.directory().c_str());
+        if (!destination) {
+            print_body(message, options, session.output);
+            return exit;
         }
-        output.flush();
-        return exit;
+        const Extraction extraction = extract(message, options.part, options.form(), *destination, session.output);
+        complain_about(message, extraction, options.form(), session.output);
+        line.json ? print_json(message, extraction, session.output) : print_table(message, extraction, session.output);
+        return worse(exit, extraction.left_out > 0 ? worse(extraction.exit, Exit::cannot_create) : extraction.exit);
     });
 }
 

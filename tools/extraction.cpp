@@ -1,8 +1,9 @@
 #include "tools/extraction.h"
 
+#include <utility>
+
 #include "tools/entity.h"
 #include "tools/exit_code.h"
-#include "tools/output.h"
 #include "tools/part_name.h"
 #include "tools/private_copy.h"
 #include "tools/safe_name.h"
@@ -17,8 +18,6 @@ bool is_empty_remainder(const MimeMsg& record, int index) {
     return index > 0 && !record.contentType && record.headerStart == record.bodyStart && size_of_body(record) == 0;
 }
 
-std::string part_label(int index) { return "part " + std::to_string(index); }
-
 std::string file_name(const MimeMsg& record, int index, Form form) {
     std::string name = safe_name(given_name(record).value_or(""));
     if (name.empty()) name = "part-" + std::to_string(index) + extension_of(record);
@@ -26,76 +25,130 @@ std::string file_name(const MimeMsg& record, int index, Form form) {
     return name;
 }
 
+// One part on its way into the destination.
+struct Part {
+    int index;
+    Form form;
+    std::optional<BodyFile> body = {};  // as long as it is kept
+    std::optional<uint64_t> size = {};  // once the body has been written
+};
+
 class Extractor {
   public:
-    Extractor(const ParsedMessage& message, Form form, Destination& destination, Session& session)
-        : message_(message), form_(form), destination_(destination), session_(session) {}
+    Extractor(const ParsedMessage& message, Form form, Destination& destination, Output& output)
+        : message_(message), form_(form), destination_(destination), output_(output) {}
 
-    void part(int index) {
-        MimeMsg& record = message_.record(index);
-        if (!destination_.has_room(0)) return leave_out();
-        const Form form = hides_content_in_header(record) ? Form::raw : form_;
-        const BodyFile body = write_body(record, form);
-        const uint64_t size = size_of(body.file);
-        if (!destination_.has_room(size)) return leave_out();
-        const std::string path = destination_.place(file_name(record, index, form), body.file.get(), size);
-        result_.files.push_back({index, path, size, type_of(record), given_name(record),
-                                 record.trueName ? std::optional<std::string>(record.trueName) : std::nullopt,
-                                 body.decoded, form == Form::raw});
+    void add(int index) {
+        parts_.push_back({index, hides_content_in_header(message_.record(index)) ? Form::raw : form_});
     }
 
-    // Runs one of the two; what it cannot write is said, and the next one has its turn.
-    template <class Write>
-    void attempt(const std::string& what, Write write) {
-        try {
-            write();
-        } catch (const Failure& failure) {
-            complain(message_.name, what + ": " + failure.what());
-            result_.exit = worse(result_.exit, failure.exit());
+    // While the turn is another file's. A failure tells nothing yet: it is met again in the turn.
+    void decode_ahead() {
+        Limits left = destination_.limits();
+        for (Part& part : parts_) {
+            if (output_.has_turn() || left.files == 0) return;
+            try {
+                decode(part);
+            } catch (const Failure&) {
+                return;
+            }
+            if (*part.size > left.bytes) {
+                part.body.reset();
+                continue;
+            }
+            left.bytes -= *part.size;
+            --left.files;
         }
     }
 
-    void uncovered(std::size_t number) {
-        const Range range = message_.uncovered[number - 1];
-        const uint64_t size = range.end - range.start;
-        if (!destination_.has_room(size)) return leave_out();
-        const PrivateFile copy = copy_range(range, message_.input.path, session_.scratch);
-        const std::string name = "uncovered-" + std::to_string(number) + kEntityExtension;
-        const std::string path = destination_.place(name, copy.path().c_str(), size);
-        result_.files.push_back({std::nullopt, path, size, "uncovered", std::nullopt, std::nullopt, false, true});
+    void place_parts() {
+        for (Part& part : parts_) {
+            attempt("part " + std::to_string(part.index), [&] { place(part); });
+        }
+    }
+
+    void place_uncovered() {
+        for (std::size_t i = 1; i <= message_.uncovered.size(); ++i) {
+            attempt("uncovered bytes", [&] { place_range(i); });
+        }
     }
 
     Extraction finish() { return std::move(result_); }
 
   private:
-    void leave_out() { ++result_.left_out; }
+    void decode(Part& part) {
+        part.body = write_body(message_.record(part.index), part.form);
+        part.size = size_of(part.body->file);
+    }
+
+    bool leaves_out(uint64_t size) {
+        if (destination_.has_room(size)) return false;
+        ++result_.left_out;
+        return true;
+    }
+
+    void place(Part& part) {
+        if (leaves_out(part.size.value_or(0))) return part.body.reset();
+        if (!part.body) {
+            decode(part);
+            if (leaves_out(*part.size)) return part.body.reset();
+        }
+        const MimeMsg& record = message_.record(part.index);
+        const std::string name = file_name(record, part.index, part.form);
+        const std::string path = destination_.place(name, part.body->file.get(), *part.size);
+        result_.files.push_back({part.index, path, *part.size, type_of(record), given_name(record),
+                                 record.trueName ? std::optional<std::string>(record.trueName) : std::nullopt,
+                                 part.body->decoded, part.form == Form::raw});
+        part.body.reset();
+    }
+
+    void place_range(std::size_t number) {
+        const Range range = message_.uncovered[number - 1];
+        const uint64_t size = range.end - range.start;
+        if (leaves_out(size)) return;
+        const PrivateFile copy = copy_range(range, message_.input.path, destination_.scratch());
+        const std::string name = "uncovered-" + std::to_string(number) + kEntityExtension;
+        const std::string path = destination_.place(name, copy.path().c_str(), size);
+        result_.files.push_back({std::nullopt, path, size, "uncovered", std::nullopt, std::nullopt, false, true});
+    }
+
+    // What cannot be written is said, and the next one has its turn.
+    template <class Write>
+    void attempt(const std::string& what, Write write) {
+        try {
+            write();
+        } catch (const Failure& failure) {
+            output_.complain(message_.name, what + ": " + failure.what());
+            result_.exit = worse(result_.exit, failure.exit());
+        }
+    }
 
     const ParsedMessage& message_;
     const Form form_;
     Destination& destination_;
-    Session& session_;
+    Output& output_;
+    std::vector<Part> parts_;
     Extraction result_;
 };
 
 }  // namespace
 
 Extraction extract(const ParsedMessage& message, std::optional<int> part, Form form, Destination& destination,
-                   Session& session) {
-    Extractor extractor(message, form, destination, session);
+                   Output& output) {
+    Extractor extractor(message, form, destination, output);
     if (part) {
         wanted_part(message, *part);
-        extractor.attempt(part_label(*part), [&] { extractor.part(*part); });
-        return extractor.finish();
-    }
-    for (int i = 0; i < message.tree.count(); ++i) {
-        const MimeMsg& record = message.record(i);
-        if (has_content(record) && !is_empty_remainder(record, i)) {
-            extractor.attempt(part_label(i), [&] { extractor.part(i); });
+        extractor.add(*part);
+    } else {
+        for (int i = 0; i < message.tree.count(); ++i) {
+            const MimeMsg& record = message.record(i);
+            if (has_content(record) && !is_empty_remainder(record, i)) extractor.add(i);
         }
     }
-    for (std::size_t i = 1; i <= message.uncovered.size(); ++i) {
-        extractor.attempt("uncovered bytes", [&] { extractor.uncovered(i); });
-    }
+    extractor.decode_ahead();
+    output.wait_for_turn();
+    extractor.place_parts();
+    if (!part) extractor.place_uncovered();
     return extractor.finish();
 }
 

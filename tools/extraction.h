@@ -32,9 +32,11 @@ struct Extraction {
 };
 
 // Writes one part, or every one that has content and all uncovered ranges. What cannot be written is
-// complained about and does not hold up the rest. Throws Failure for a part that is not there.
+// complained about and does not hold up the rest. While other files have the turn, bodies are decoded into
+// the destination's scratch directory, no more than its limits allow in all; they are placed when the turn
+// has come. Throws Failure for a part that is not there.
 Extraction extract(const ParsedMessage& message, std::optional<int> part, Form form, Destination& destination,
-                   Session& session);
+                   Output& output);
 
 // The pool index of a part that was asked for. Throws Failure when the message has none of that number.
 MimeMsg& wanted_part(const ParsedMessage& message, int part);

@@ -14,18 +14,19 @@ namespace {
 constexpr std::string_view kStandardInput = "-";
 
 // Nothing for a regular file, which is parsed where it is.
-std::vector<PrivateFile> private_copy(const std::string& name, Scratch& scratch) {
+std::vector<PrivateFile> private_copy(const std::string& name, Session& session) {
     std::vector<PrivateFile> copies;
     if (name == kStandardInput) {
-        copies.push_back(copy_stream(STDIN_FILENO, scratch));
+        session.output.wait_for_turn();  // who is named first reads it
+        copies.push_back(copy_stream(STDIN_FILENO, session.scratch));
         return copies;
     }
     const Descriptor file = open_for_reading(name);
     struct stat status {};
     if (::fstat(file.get(), &status) != 0) throw Failure::of_system_call(Exit::io_error, "");
-    if (S_ISDIR(status.st_mode)) throw Failure(Exit::no_input, "is a directory");
+    if (S_ISDIR(status.st_mode)) throw Failure(Exit::no_input, "is a directory; --recursive reads what is in it");
     if (!S_ISREG(status.st_mode)) {
-        copies.push_back(copy_stream(file.get(), scratch));
+        copies.push_back(copy_stream(file.get(), session.scratch));
     } else if (is_too_large(static_cast<uint64_t>(status.st_size))) {
         throw_too_large();
     }
@@ -69,12 +70,12 @@ bool has_bare_line_ends(const std::string& path) {
     return search.found();
 }
 
-Input open_input(const std::string& name, Scratch& scratch) {
+Input open_input(const std::string& name, Session& session) {
     Input input;
-    input.copies = private_copy(name, scratch);
+    input.copies = private_copy(name, session);
     input.path = input.copies.empty() ? name : input.copies.back().path();
     if (has_bare_line_ends(input.path)) {
-        input.copies.push_back(copy_with_line_ends(input.path, scratch));
+        input.copies.push_back(copy_with_line_ends(input.path, session.scratch));
         input.path = input.copies.back().path();
         input.normalized = true;
     }

@@ -1,29 +1,49 @@
 // The command vel: what a gateway program does through the library, from the shell.
+#include <cerrno>
 #include <csignal>
 #include <exception>
+#include <system_error>
 
 #include "tools/interruption.h"
-#include "tools/output.h"
 #include "tools/verb.h"
 #include "vel/frame.h"
 
+namespace {
+
+using vel::command::Exit;
+
+Exit run(vel::command::Arguments arguments, vel::command::Output& output) {
+    vel::command::Scratch scratch;
+    const vel::command::Interruption interruption([&] {
+        output.streams().silence();
+        scratch.abandon();
+    });
+    vel::command::Journal journal;
+    InitVELDll_NOMQ("vel");
+    vel::command::Session session{scratch, journal, output};
+    const Exit exit = vel::command::run_command(std::move(arguments), session);
+    output.flush();
+    return exit;
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
-    using vel::command::Exit;
     std::signal(SIGPIPE, SIG_IGN);
+    vel::command::occupy_standard_descriptors();
+    vel::command::Streams streams;
+    vel::command::Output output(streams);
+    Exit exit = Exit::io_error;
     try {
-        vel::command::Scratch scratch;
-        const vel::command::Interruption interruption([&] { scratch.abandon(); });
-        vel::command::Journal journal;
-        InitVELDll_NOMQ("vel");
-        vel::command::Session session{scratch, journal};
-        return static_cast<int>(vel::command::run_command({argv + 1, argv + argc}, session));
-    } catch (const vel::command::BrokenPipe&) {
-        vel::command::die_of(SIGPIPE);
+        exit = run({argv + 1, argv + argc}, output);
+    } catch (const vel::command::BrokenOutput& broken) {
+        if (broken.error == EPIPE) vel::command::die_of(SIGPIPE);
+        output.complain({}, "standard output: " + std::generic_category().message(broken.error));
     } catch (const vel::command::Failure& failure) {
-        vel::command::complain({}, failure.what());
-        return static_cast<int>(failure.exit());
+        output.complain({}, failure.what());
+        exit = failure.exit();
     } catch (const std::exception& failure) {
-        vel::command::complain({}, failure.what());
+        output.complain({}, failure.what());
     }
-    return static_cast<int>(Exit::io_error);
+    return static_cast<int>(exit);
 }

@@ -9,7 +9,6 @@
 
 #include "tools/entity.h"
 #include "tools/exit_code.h"
-#include "tools/output.h"
 #include "tools/private_copy.h"
 #include "tools/refused_fields.h"
 #include "tools/uncovered.h"
@@ -143,9 +142,9 @@ bool came_from_mime_parser(const MimeMsg& root) {
 // The library says at the level of notices too why it refuses a field.
 bool names_refused_field(const LogLine& line) { return line.text.find("\" field invalid") != std::string::npos; }
 
-void show(const std::string& name, const std::vector<LogLine>& lines, int level) {
+void show(const std::string& name, const std::vector<LogLine>& lines, int level, Output& output) {
     for (const LogLine& line : lines) {
-        if (line.level <= level || names_refused_field(line)) complain(name, line.text);
+        if (line.level <= level || names_refused_field(line)) output.complain(name, line.text);
     }
 }
 
@@ -162,10 +161,10 @@ std::string remedy(const Outcome& outcome) {
     return {};
 }
 
-void explain(const std::string& name, const Outcome& outcome, int level) {
-    show(name, outcome.refusal, level);
-    if (outcome.pool && outcome.fallback != Fallback::none) complain(name, remedy(outcome));
-    show(name, outcome.lines, level);
+void explain(const std::string& name, const Outcome& outcome, int level, Output& output) {
+    show(name, outcome.refusal, level, output);
+    if (outcome.pool && outcome.fallback != Fallback::none) output.complain(name, remedy(outcome));
+    show(name, outcome.lines, level, output);
 }
 
 }  // namespace
@@ -176,11 +175,13 @@ const char* name_of(Fallback fallback) {
 }
 
 ParsedMessage parse_message(const std::string& name, const ParseOptions& options, Session& session) {
-    Input input = open_input(name, session.scratch);
-    if (input.normalized) complain(name, "header lines end in bare LF; offsets are those of a copy with CR LF");
+    Input input = open_input(name, session);
+    if (input.normalized) {
+        session.output.complain(name, "header lines end in bare LF; offsets are those of a copy with CR LF");
+    }
     session.journal.take();
     Outcome outcome = Attempts(input, options, session).run();
-    explain(name, outcome, options.level);
+    explain(name, outcome, options.level, session.output);
     if (!outcome.pool) throw Failure(Exit::bad_data, "cannot be parsed");
     Tree tree(*outcome.pool);
     const bool mime = came_from_mime_parser(*outcome.pool->items[0]);

@@ -8,7 +8,7 @@
 #include "tools/input.h"
 #include "tools/journal.h"
 #include "tools/library_owned.h"
-#include "tools/scratch.h"
+#include "tools/session.h"
 #include "tools/tree.h"
 
 namespace vel::command {
@@ -42,14 +42,8 @@ struct ParseOptions {
     int level = kErrorLevel;  // log lines up to this level are shown
 };
 
-// What all files of one run share. One a thread.
-struct Session {
-    Scratch& scratch;
-    Journal& journal;
-};
-
-// Opens and parses a message, says on standard error what was wrong with it and what was done about it.
-// Throws Failure when nothing can be read.
+// Opens and parses a message, complains about what is wrong with it and says what was done about it. Throws
+// Failure when nothing can be read.
 ParsedMessage parse_message(const std::string& name, const ParseOptions& options, Session& session);
 
 }  // namespace vel::command

@@ -2,33 +2,48 @@
 
 #include <unistd.h>
 
-#include <cerrno>
+#include <string>
+#include <utility>
 
 #include "tools/descriptor.h"
-#include "tools/exit_code.h"
 #include "tools/text_forms.h"
 
 namespace vel::command {
+namespace {
 
-void Output::write(std::string_view bytes) {
-    waiting_ += bytes;
-    if (waiting_.size() >= kBlock) flush();
-}
+constexpr std::size_t kKeptAhead = std::size_t{1} << 20;  // of a file that waits for its turn
 
-void Output::flush() {
-    const bool written = write_all(fd_, waiting_);
-    waiting_.clear();
-    if (written) return;
-    if (errno == EPIPE && without_reader_ == WithoutReader::go_on) return;
-    if (errno == EPIPE) throw BrokenPipe{};
-    throw Failure::of_system_call(Exit::io_error, "standard output");
-}
+}  // namespace
 
-void complain(std::string_view name, std::string_view text) {
+void Output::write(std::string_view bytes) { add(STDOUT_FILENO, bytes, kBlock); }
+
+void Output::complain(std::string_view name, std::string_view text) {
     std::string line = "vel: ";
     if (!name.empty()) line.append(visible(name)).append(": ");
     line.append(visible(text)).append("\n");
-    write_all(STDERR_FILENO, line);
+    add(STDERR_FILENO, line, 0);
+}
+
+void Output::add(int fd, std::string_view bytes, std::size_t room) {
+    kept_.add(fd, bytes);
+    if (kept_.size() >= kKeptAhead) wait_for_turn();
+    if (kept_.size() >= room) flush();
+}
+
+void Output::flush() {
+    if (has_turn()) streams_.write(std::exchange(kept_, {}));
+}
+
+void Output::wait_for_turn() {
+    if (turns_) turns_->await(place_);
+}
+
+void Output::finish() {
+    if (turns_) {
+        turns_->finish(place_, std::exchange(kept_, {}));
+    } else {
+        flush();
+    }
 }
 
 }  // namespace vel::command

@@ -1,18 +1,17 @@
 // vel parse: the entities of messages.
-#include <unistd.h>
-
 #include "tools/command_line.h"
 #include "tools/draw_tree.h"
+#include "tools/many_files.h"
 #include "tools/message_json.h"
-#include "tools/output.h"
 
 namespace vel::command {
 namespace {
 
 const std::string kFooter =
     std::string(
-        "Example:\n"
-        "  vel parse --json message.eml | jq '.parts[] | {index, type, subtype, body_start, body_end}'\n"
+        "Examples:\n"
+        "  printf 'Subject: test\\n\\ntext\\n' | vel parse -\n"
+        "  vel parse --json -r ~/Maildir | jq -r '.parts[] | [.index, .type, .subtype] | @tsv'\n"
         "\n"
         "A message whose header lines end in bare LF is read from a copy with CR LF (\"normalized\"). One that the\n"
         "library refuses is tried again, with exit code 65: with the lenient parameter grammar (\"lenient\"), from a\n"
@@ -33,21 +32,17 @@ const std::string kFooter =
 
 }  // namespace
 
-Exit run_parse(Arguments arguments, Session& session) {
+Exit run_parse(Arguments arguments, Session& main) {
     CommandLine line("parse", "Shows the entities of messages: types, encodings, byte ranges, file names.", kFooter);
-    if (const auto exit = line.read(std::move(arguments))) return *exit;
-    Output output(STDOUT_FILENO);
-    const Exit worst = for_each_file(line.files, [&](const std::string& file) {
+    line.add_files();
+    line.add_json();
+    line.add_parse_options();
+    if (const auto exit = line.read(std::move(arguments), main)) return *exit;
+    return for_each_file(line, main, [&](const std::string& file, Session& session) {
         const ParsedMessage message = parse_message(file, line.parse_options, session);
-        if (line.json) {
-            write_json(message, output);
-        } else {
-            draw_tree(message, output);
-        }
-        output.flush();
+        line.json ? write_json(message, session.output) : draw_tree(message, session.output);
         return message.fallback == Fallback::none ? Exit::success : Exit::bad_data;
     });
-    return worst;
 }
 
 }  // namespace vel::command

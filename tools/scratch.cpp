@@ -20,33 +20,48 @@ std::string usual_parent() {
     return parent && *parent ? parent : "/tmp";
 }
 
+void make_with_parents(const std::string& directory) {
+    std::error_code failed;
+    std::filesystem::create_directories(directory, failed);
+    if (failed) throw Failure(Exit::cannot_create, directory + ": " + failed.message());
+}
+
 }  // namespace
 
-Scratch::Scratch() : parent_(usual_parent()) {}
+Scratch::Scratch() = default;
 
 Scratch::~Scratch() { remove(); }
 
-void Scratch::place_below(const std::string& parent) {
+Scratch& Scratch::below(const std::string& parent) {
     const auto held = hold();
-    remove();
-    parent_ = parent;
+    return others_.emplace_back(parent);
 }
 
 const std::string& Scratch::directory() {
     const auto held = hold();
-    if (!directory_.empty()) return directory_;
-    std::string pattern = parent_ + "/.vel-XXXXXX";
-    if (!::mkdtemp(pattern.data())) throw Failure::of_system_call(Exit::cannot_create, pattern);
-    return directory_ = pattern;
+    return made();
 }
 
 std::string Scratch::new_path() {
-    const std::string& where = directory();
-    return where + "/copy-" + std::to_string(++count_);
+    const auto held = hold();
+    return made() + "/copy-" + std::to_string(++count_);
+}
+
+const std::string& Scratch::made() {
+    if (!directory_.empty()) return directory_;
+    if (!parent_.empty()) make_with_parents(parent_);
+    const std::string parent = parent_.empty() ? usual_parent() : parent_;
+    std::string pattern = parent + "/.vel-XXXXXX";
+    if (!::mkdtemp(pattern.data())) {
+        const std::string what = parent_.empty() ? "no temporary files in " + parent + " (TMPDIR)" : parent;
+        throw Failure::of_system_call(Exit::cannot_create, what);
+    }
+    return directory_ = pattern;
 }
 
 void Scratch::abandon() {
     mutex_.lock();
+    for (Scratch& other : others_) other.abandon();
     remove();
 }
 
@@ -58,7 +73,6 @@ void Scratch::remove() {
         if (!failed) break;
         std::this_thread::sleep_for(kBetweenAttempts);
     }
-    directory_.clear();
 }
 
 PrivateFile::~PrivateFile() {

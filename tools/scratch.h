@@ -1,23 +1,26 @@
-// The command's private temporary directory.
+// The command's private temporary directories.
 #ifndef VEL_TOOLS_SCRATCH_H
 #define VEL_TOOLS_SCRATCH_H
 
+#include <list>
 #include <mutex>
 #include <string>
 #include <utility>
 
 namespace vel::command {
 
-// Made (0700) when it is first asked for, removed with all that is in it in the end.
+// Made (0700) when it is first asked for, removed with all that is in it in the end. Any thread may call.
 class Scratch {
   public:
     Scratch();  // below $TMPDIR, or /tmp
+    explicit Scratch(std::string parent) : parent_(std::move(parent)) {}
     Scratch(const Scratch&) = delete;
     Scratch& operator=(const Scratch&) = delete;
     ~Scratch();
 
-    // Has it made below another directory, so that a finished file is moved there and not copied.
-    void place_below(const std::string& parent);
+    // Another one, below a directory that is made when it is missing, so that a finished file is moved
+    // there and not copied. It lives as long as this one.
+    Scratch& below(const std::string& parent);
 
     // The directory; made now, if need be. Throws Failure.
     const std::string& directory();
@@ -34,12 +37,14 @@ class Scratch {
     void abandon();
 
   private:
+    const std::string& made();
     void remove();
 
     std::mutex mutex_;
-    std::string parent_;
+    std::string parent_;  // empty: the usual place for temporary files
     std::string directory_;
     unsigned count_ = 0;
+    std::list<Scratch> others_;
 };
 
 // A file that is removed in the end.

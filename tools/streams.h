@@ -1,0 +1,78 @@
+// Standard output and standard error of the process.
+#ifndef VEL_TOOLS_STREAMS_H
+#define VEL_TOOLS_STREAMS_H
+
+#include <atomic>
+#include <cstddef>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tools/exit_code.h"
+
+namespace vel::command {
+
+// Standard output takes nothing more (EPIPE: its reader has gone), so nothing is left to do.
+struct BrokenOutput {
+    int error;  // errno
+};
+
+// What goes to the two streams, in its order.
+class Pieces {
+  public:
+    void add(int fd, std::string_view bytes);
+    std::size_t size() const { return size_; }
+    bool empty() const { return size_ == 0; }
+
+  private:
+    friend class Streams;
+    struct Piece {
+        int fd;
+        std::string bytes;
+    };
+    std::vector<Piece> all_;
+    std::size_t size_ = 0;
+};
+
+// Opens what the caller has closed of descriptors 0, 1 and 2, so that reading or writing it fails and no
+// other file ends up under its number. To be called before any file is opened.
+void occupy_standard_descriptors();
+
+// Any thread may call any of these.
+class Streams {
+  public:
+    // From now on standard output that breaks does not end the run. A reader that has gone is no failure
+    // then; any other error is told once and counts in the end.
+    void go_on_without_reader() { goes_on_ = true; }
+    Exit exit() const { return failed_ ? Exit::io_error : Exit::success; }
+
+    // Throws BrokenOutput, once, unless told to go on.
+    void write(const Pieces& pieces);
+
+    // Whether a status line may be drawn: standard error is a terminal that can.
+    static bool can_draw();
+
+    // Draws a line over the last one; whatever is written next erases it. Empty: erases it.
+    void draw(std::string_view line);
+
+    // Lets nothing more be written: for a run that is being interrupted, whose threads would complain
+    // about what is taken away under their hands. Does not wait for a writer that is blocked.
+    void silence();
+
+  private:
+    void write_locked(int fd, std::string_view bytes);
+    void erase();
+    void break_off(int error);
+
+    std::mutex mutex_;
+    bool drawn_ = false;
+    std::atomic<bool> silent_ = false;
+    std::atomic<bool> goes_on_ = false;
+    std::atomic<bool> failed_ = false;
+    bool lost_ = false;  // nobody takes standard output any more
+};
+
+}  // namespace vel::command
+
+#endif
