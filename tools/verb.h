@@ -45,6 +45,10 @@ std::span<const Verb> verbs();
 
 Exit run_parse(Arguments arguments, Session& main);
 Exit run_extract(Arguments arguments, Session& main);
+Exit run_headers(Arguments arguments, Session& main);
+Exit run_split(Arguments arguments, Session& main);
+Exit run_address(Arguments arguments, Session& main);
+Exit run_date(Arguments arguments, Session& main);
 
 // Runs what the arguments, without the program's name, ask for.
 Exit run_command(Arguments arguments, Session& main);
