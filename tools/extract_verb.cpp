@@ -30,9 +30,9 @@ const std::string kFooter =
         "Messages that the library refuses are read as vel parse reads them, with exit code 65. When a limit leaves\n"
         "something out, the exit code is 73. What cannot be written does not hold up the rest.\n"
         "\n"
-        "The JSON object: file, mime, normalized, fallback, messages (level, text), uncovered (start, end), files,\n"
-        "left_out (how many the limits left out). A file: part (null: uncovered bytes), path, size, type, name (in\n"
-        "the message), true_name (in a uuencoded or BinHex body), decoded.\n"
+        "The JSON object: file, mime, normalized, fallback, removed (as vel parse has it), messages (level, text),\n"
+        "uncovered (start, end), files, left_out (how many the limits left out). A file: part (null: uncovered\n"
+        "bytes), path, size, type, name (in the message), true_name (in a uuencoded or BinHex body), decoded.\n"
         "\n") +
     kAboutJsonTexts;
 

@@ -59,12 +59,9 @@ Shown part_header(const std::string& name, int part, const ParseOptions& options
 }
 
 Json header_json(const std::string& name, std::optional<int> part, const Shown& shown) {
-    Json messages = Json::array();
-    for (const LogLine& line : shown.block.said)
-        messages.push_back({{"level", line.level}, {"text", json_text(line.text)}});
     Json object{
         {"file", json_text(name)},        {"part", part ? Json(*part) : Json()},
-        {"normalized", shown.normalized}, {"messages", std::move(messages)},
+        {"normalized", shown.normalized}, {"messages", messages_json(shown.block.said)},
         {"lines", shown.block.lines},     {"status_line", shown.block.status_line},
     };
     object.update(fields_json(shown.block));

@@ -1,7 +1,7 @@
 #include "tools/message.h"
 
+#include <algorithm>
 #include <array>
-#include <filesystem>
 #include <iterator>
 #include <optional>
 #include <string_view>
@@ -9,8 +9,6 @@
 
 #include "tools/entity.h"
 #include "tools/exit_code.h"
-#include "tools/private_copy.h"
-#include "tools/refused_fields.h"
 #include "tools/uncovered.h"
 
 namespace vel::command {
@@ -40,20 +38,19 @@ class GrammarInForce {
     SettingInForce blank_;
 };
 
-// Taking a field away may bring another one to light, in parts that were not reached before.
 constexpr int kRepairs = 4;
+
+constexpr std::size_t kMostNamed = 5;  // of the fields that a copy lacks
 
 // What the attempts at a message came to.
 struct Outcome {
     Pool pool;  // null: nothing could be read
     Fallback fallback = Fallback::none;
-    std::vector<LogLine> refusal;    // the lines of the first attempt when it failed
-    std::vector<LogLine> lines;      // the lines of the last one
-    std::size_t fields_dropped = 0;  // of a repaired message
+    std::vector<LogLine> refusal;  // the lines of the first attempt when it failed
+    std::vector<LogLine> lines;    // the lines of the last one
+    std::vector<RemovedField> removed;
+    RemovedRanges removed_ranges;
 };
-
-// A field that the end of the file cuts off is refused, and the one before it would be next.
-constexpr std::string_view kBlankLine = "\r\n";
 
 // A complaint of the library that is not about the message.
 bool tells_of_the_machine(std::string_view line) {
@@ -104,28 +101,17 @@ class Attempts {
     }
 
     bool repair() {
-        std::optional<PrivateFile> copy;
-        for (int i = 0; i < kRepairs; ++i) {
-            const std::string& path = copy ? copy->path() : input_.path;
-            const std::vector<Range> refused = find_refused(path);
-            if (refused.empty()) return false;
-            outcome_.fields_dropped += refused.size();
-            const bool reaches_end = refused.back().end == std::filesystem::file_size(path);
-            PrivateFile next = copy_without(refused, path, reaches_end ? kBlankLine : "", session_.scratch);
-            copy.emplace(std::move(next));
-            if (!parse(kBlankAccepted, copy->path())) continue;
-            input_.path = copy->path();
-            input_.copies.push_back(std::move(*copy));
+        const GrammarInForce in_force(kBlankAccepted);
+        Repair repair(input_.path, options_.nested, session_);
+        for (int i = 0; i < kRepairs && repair.make_copy(); ++i) {
+            if (!parse(kBlankAccepted, repair.path())) continue;
+            outcome_.removed = repair.fields();
+            outcome_.removed_ranges = repair.ranges();
+            input_.path = repair.path();
+            input_.copies.push_back(repair.release());
             return true;
         }
         return false;
-    }
-
-    std::vector<Range> find_refused(const std::string& path) {
-        const GrammarInForce in_force(kBlankAccepted);
-        const std::vector<Range> refused = refused_fields(path, options_.nested);
-        session_.journal.take();
-        return refused;
     }
 
     Input& input_;
@@ -148,23 +134,13 @@ void show(const std::string& name, const std::vector<LogLine>& lines, int level,
     }
 }
 
-std::string remedy(const Outcome& outcome) {
-    switch (outcome.fallback) {
-        case Fallback::none: break;
-        case Fallback::lenient: return "refused; read with the lenient parameter grammar";
-        case Fallback::repaired:
-            return "refused; read from a copy without " + std::to_string(outcome.fields_dropped) +
-                   (outcome.fields_dropped == 1 ? " header field" : " header fields") +
-                   "; offsets are those of the copy";
-        case Fallback::flat: return "refused; read as a message that is not MIME";
+std::string names_of(const std::vector<RemovedField>& removed) {
+    std::string names;
+    for (std::size_t i = 0; i < std::min(kMostNamed, removed.size()); ++i) {
+        names.append(i == 0 ? "" : ", ").append(description_of(removed[i]));
     }
-    return {};
-}
-
-void explain(const std::string& name, const Outcome& outcome, int level, Output& output) {
-    show(name, outcome.refusal, level, output);
-    if (outcome.pool && outcome.fallback != Fallback::none) output.complain(name, remedy(outcome));
-    show(name, outcome.lines, level, output);
+    if (removed.size() > kMostNamed) names += " and " + std::to_string(removed.size() - kMostNamed) + " more";
+    return names;
 }
 
 }  // namespace
@@ -174,22 +150,55 @@ const char* name_of(Fallback fallback) {
     return kNames[static_cast<std::size_t>(fallback)];
 }
 
-ParsedMessage parse_message(const std::string& name, const ParseOptions& options, Session& session) {
-    Input input = open_input(name, session);
-    if (input.normalized) {
-        session.output.complain(name, "header lines end in bare LF; offsets are those of a copy with CR LF");
+std::string remedy_of(const ParsedMessage& message) {
+    switch (message.fallback) {
+        case Fallback::none: break;
+        case Fallback::lenient: return "refused; read with the lenient parameter grammar";
+        case Fallback::repaired:
+            return "refused; read from a copy without " + names_of(message.removed) + "; offsets are those of the copy";
+        case Fallback::flat: return "refused; read as a message that is not MIME";
     }
+    return {};
+}
+
+ParsedMessage read_message(const std::string& name, const ParseOptions& options, Session& session) {
+    Input input = open_input(name, session);
+    std::string file = input.path;
     session.journal.take();
     Outcome outcome = Attempts(input, options, session).run();
-    explain(name, outcome, options.level, session.output);
-    if (!outcome.pool) throw Failure(Exit::bad_data, "cannot be parsed");
+    if (!outcome.pool) {
+        show(name, outcome.refusal, options.level, session.output);
+        show(name, outcome.lines, options.level, session.output);
+        throw Failure(Exit::bad_data, "cannot be parsed");
+    }
     Tree tree(*outcome.pool);
     const bool mime = came_from_mime_parser(*outcome.pool->items[0]);
     std::vector<Range> uncovered = uncovered_ranges(*outcome.pool, tree, input.path);
-    std::vector<LogLine> messages = std::move(outcome.refusal);
-    std::move(outcome.lines.begin(), outcome.lines.end(), std::back_inserter(messages));
-    return {name, std::move(input), std::move(outcome.pool), std::move(tree),
-            mime, outcome.fallback, std::move(messages),     std::move(uncovered)};
+    return {
+        .name = name,
+        .file = std::move(file),
+        .input = std::move(input),
+        .pool = std::move(outcome.pool),
+        .tree = std::move(tree),
+        .mime = mime,
+        .fallback = outcome.fallback,
+        .refusal = std::move(outcome.refusal),
+        .messages = std::move(outcome.lines),
+        .removed = std::move(outcome.removed),
+        .removed_ranges = std::move(outcome.removed_ranges),
+        .uncovered = std::move(uncovered),
+    };
+}
+
+ParsedMessage parse_message(const std::string& name, const ParseOptions& options, Session& session) {
+    ParsedMessage message = read_message(name, options, session);
+    if (message.input.normalized) {
+        session.output.complain(name, "header lines end in bare LF; offsets are those of a copy with CR LF");
+    }
+    show(name, message.refusal, options.level, session.output);
+    if (message.fallback != Fallback::none) session.output.complain(name, remedy_of(message));
+    show(name, message.messages, options.level, session.output);
+    return message;
 }
 
 }  // namespace vel::command

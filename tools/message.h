@@ -8,6 +8,7 @@
 #include "tools/input.h"
 #include "tools/journal.h"
 #include "tools/library_owned.h"
+#include "tools/repair.h"
 #include "tools/session.h"
 #include "tools/tree.h"
 
@@ -26,12 +27,16 @@ const char* name_of(Fallback fallback);
 
 struct ParsedMessage {
     std::string name;  // as given
+    std::string file;  // the file or the CR LF copy that the first attempt was made at
     Input input;       // offsets are those of input.path
     Pool pool;
     Tree tree;
     bool mime;
     Fallback fallback;
-    std::vector<LogLine> messages;  // of the first attempt and of the one that succeeded
+    std::vector<LogLine> refusal;       // of the first attempt when it failed
+    std::vector<LogLine> messages;      // of the one that succeeded
+    std::vector<RemovedField> removed;  // by the repair
+    RemovedRanges removed_ranges;       // between file and input.path
     std::vector<Range> uncovered;
 
     MimeMsg& record(int index) const { return *pool->items[index]; }
@@ -42,8 +47,13 @@ struct ParseOptions {
     int level = kErrorLevel;  // log lines up to this level are shown
 };
 
-// Opens and parses a message, complains about what is wrong with it and says what was done about it. Throws
-// Failure when nothing can be read.
+// Opens and parses a message. Throws Failure when nothing can be read.
+ParsedMessage read_message(const std::string& name, const ParseOptions& options, Session& session);
+
+// What was done about a message that the library refuses.
+std::string remedy_of(const ParsedMessage& message);
+
+// The same as read_message, and complains about what is wrong with it and says what was done about it.
 ParsedMessage parse_message(const std::string& name, const ParseOptions& options, Session& session);
 
 }  // namespace vel::command

@@ -55,19 +55,37 @@ Json part_json(const ParsedMessage& message, int index) {
     };
 }
 
+Json removed_json(const std::vector<RemovedField>& removed) {
+    Json list = Json::array();
+    for (const auto& [field, line] : removed) {
+        list.push_back({
+            {"name", json_text(field.name)},
+            {"why", name_of(field.trouble)},
+            {"line", line},
+            {"start", field.range.start},
+            {"end", field.range.end},
+        });
+    }
+    return list;
+}
+
 }  // namespace
 
 std::string one_line(const Json& object) { return object.dump(-1, ' ', true); }
 
-Json message_facts(const ParsedMessage& message) {
+Json messages_json(const std::vector<LogLine>& lines) {
     Json messages = Json::array();
-    for (const LogLine& line : message.messages) {
-        messages.push_back({{"level", line.level}, {"text", json_text(line.text)}});
-    }
+    for (const LogLine& line : lines) messages.push_back({{"level", line.level}, {"text", json_text(line.text)}});
+    return messages;
+}
+
+Json message_facts(const ParsedMessage& message) {
+    Json messages = messages_json(message.refusal);
+    for (Json& line : messages_json(message.messages)) messages.push_back(std::move(line));
     return {
-        {"file", json_text(message.name)},        {"mime", message.mime},
-        {"normalized", message.input.normalized}, {"fallback", text_or_null(name_of(message.fallback))},
-        {"messages", std::move(messages)},
+        {"file", json_text(message.name)},          {"mime", message.mime},
+        {"normalized", message.input.normalized},   {"fallback", text_or_null(name_of(message.fallback))},
+        {"removed", removed_json(message.removed)}, {"messages", std::move(messages)},
     };
 }
 

@@ -15,7 +15,10 @@ using Json = nlohmann::ordered_json;
 // One line of ASCII. Texts must be in the form of json_text.
 std::string one_line(const Json& object);
 
-// What every verb says first about a message: file, mime, normalized, fallback, messages.
+// [{"level": 1, "text": "..."}, ...]
+Json messages_json(const std::vector<LogLine>& lines);
+
+// What every verb says first about a message: file, mime, normalized, fallback, removed, messages.
 Json message_facts(const ParsedMessage& message);
 
 // [{"start": 10, "end": 20}, ...]

@@ -1,6 +1,7 @@
 #include "tools/refused_fields.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <optional>
 #include <string_view>
@@ -89,11 +90,11 @@ bool tells_of_correction(const LogLine& line) { return line.text.find("field inv
 
 class FieldSearch {
   public:
-    FieldSearch(const std::string& path, bool nested, Journal* journal)
+    FieldSearch(const std::string& path, bool nested, Journal& journal)
         : lines_(path), nested_(nested), journal_(journal) {}
 
     std::vector<TroubledField> run() {
-        take_log();
+        journal_.take();
         std::optional<Line> line;
         while (found_.size() < kMostTroubledFields && (line = lines_.next())) take(*line);
         if (!line) give_up_waiting();
@@ -135,7 +136,7 @@ class FieldSearch {
         const Range range{line.start, line.end};
         const std::string text(line.text);  // the field parser reads on, into the same buffer
         const bool refused = ParseMimeHeaders(lines_.file(), block_.record(), lines_.file()->line) != 0;
-        TroubledField field{range, text.substr(0, text.find(':')), Trouble::refused, take_log()};
+        TroubledField field{range, text.substr(0, text.find(':')), Trouble::refused, journal_.take()};
         if (refused) {
             block_.refuse(text);
             field.range = with_continuation(range, text.ends_with('\n'));
@@ -185,22 +186,25 @@ class FieldSearch {
         awaited_.reset();
     }
 
-    std::vector<LogLine> take_log() { return journal_ ? journal_->take() : std::vector<LogLine>(); }
-
     LineReader lines_;
     const bool nested_;
     MimeFields block_;
     bool in_header_ = true;
     std::optional<Awaited> awaited_;
     DelimiterSet delimiters_;
-    Journal* journal_;
+    Journal& journal_;
     std::vector<TroubledField> found_;
 };
 
 }  // namespace
 
+const char* name_of(Trouble trouble) {
+    constexpr std::array kNames{"corrected", "refused", "no_boundary", "no_first_delimiter"};
+    return kNames[static_cast<std::size_t>(trouble)];
+}
+
 std::vector<TroubledField> troubled_fields(const std::string& path, bool nested, Journal& journal) {
-    return FieldSearch(path, nested, &journal).run();
+    return FieldSearch(path, nested, journal).run();
 }
 
 std::vector<Range> refused_ranges(const std::vector<TroubledField>& fields) {
@@ -209,10 +213,6 @@ std::vector<Range> refused_ranges(const std::vector<TroubledField>& fields) {
         if (field.refuses_message()) ranges.push_back(field.range);
     }
     return ranges;
-}
-
-std::vector<Range> refused_fields(const std::string& path, bool nested) {
-    return refused_ranges(FieldSearch(path, nested, nullptr).run());
 }
 
 }  // namespace vel::command

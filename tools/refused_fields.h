@@ -18,6 +18,9 @@ enum class Trouble {
     no_first_delimiter,  // a multipart whose first delimiter line never comes: the message is refused
 };
 
+// "corrected", "refused", "no_boundary", "no_first_delimiter"
+const char* name_of(Trouble trouble);
+
 struct TroubledField {
     Range range;       // continuation lines included
     std::string name;  // as written
@@ -40,9 +43,6 @@ std::vector<TroubledField> troubled_fields(const std::string& path, bool nested,
 
 // The ranges of the fields for which the parser refuses the message.
 std::vector<Range> refused_ranges(const std::vector<TroubledField>& fields);
-
-// The same without what the library says.
-std::vector<Range> refused_fields(const std::string& path, bool nested);
 
 }  // namespace vel::command
 

@@ -47,28 +47,28 @@ TEST_F(CommandTest, PrintsAMessageAsOneLineOfJson) {
     const std::string head = "{\"file\":\"" + (directory() / "m.eml").string() + "\",";
     EXPECT_EQ(
         ended.out,
-        head +
-            R"("mime":true,"normalized":false,"fallback":null,"messages":[{"level":6,"text":"Found multipart/mixed"},)"
-            R"({"level":6,"text":"boundary=b"},{"level":6,"text":"Found text/plain"},)"
-            R"({"level":6,"text":"charset=\"x\""},{"level":6,"text":"Found message/rfc822"}],)"
-            R"("count":4,"leaves":2,"multiparts":2,"uncovered":[],"parts":[)"
-            R"({"index":0,"parent":null,"depth":0,"kind":1,"mime_version":1.0,"type":"multipart","subtype":"mixed",)"
-            R"("encoding":null,"disposition":null,"id":null,"description":null,"params":["boundary=b"],)"
-            R"("disposition_params":[],"boundary":"--b","header_start":0,"body_start":79,"body_end":275,)"
-            R"("children":[1,2]},)"
-            R"({"index":1,"parent":0,"depth":1,"kind":2,"mime_version":null,"type":"text","subtype":"plain",)"
-            R"("encoding":null,"disposition":"inline\r\n","id":null,"description":"caf\uf7e9",)"
-            R"("params":["charset=\"x\""],"disposition_params":[],"boundary":null,"header_start":84,)"
-            R"("body_start":181,"body_end":186,"children":[]},)"
-            R"({"index":2,"parent":0,"depth":1,"kind":1,"mime_version":null,"type":"message","subtype":"rfc822",)"
-            R"("encoding":null,"disposition":null,"id":"<a@b>","description":null,"params":[],)"
-            R"("disposition_params":[],"boundary":"--b","header_start":191,"body_start":242,"body_end":268,)"
-            R"("children":[3]},)"
-            R"({"index":3,"parent":2,"depth":2,"kind":2,"mime_version":1.1,"type":null,"subtype":null,)"
-            R"("encoding":null,"disposition":null,"id":null,"description":null,"params":[],)"
-            R"("disposition_params":[],"boundary":null,"header_start":242,"body_start":263,"body_end":268,)"
-            R"("children":[]}]})"
-            "\n");
+        head + R"("mime":true,"normalized":false,"fallback":null,"removed":[],)"
+               R"("messages":[{"level":6,"text":"Found multipart/mixed"},)"
+               R"({"level":6,"text":"boundary=b"},{"level":6,"text":"Found text/plain"},)"
+               R"({"level":6,"text":"charset=\"x\""},{"level":6,"text":"Found message/rfc822"}],)"
+               R"("count":4,"leaves":2,"multiparts":2,"uncovered":[],"parts":[)"
+               R"({"index":0,"parent":null,"depth":0,"kind":1,"mime_version":1.0,"type":"multipart","subtype":"mixed",)"
+               R"("encoding":null,"disposition":null,"id":null,"description":null,"params":["boundary=b"],)"
+               R"("disposition_params":[],"boundary":"--b","header_start":0,"body_start":79,"body_end":275,)"
+               R"("children":[1,2]},)"
+               R"({"index":1,"parent":0,"depth":1,"kind":2,"mime_version":null,"type":"text","subtype":"plain",)"
+               R"("encoding":null,"disposition":"inline\r\n","id":null,"description":"caf\uf7e9",)"
+               R"("params":["charset=\"x\""],"disposition_params":[],"boundary":null,"header_start":84,)"
+               R"("body_start":181,"body_end":186,"children":[]},)"
+               R"({"index":2,"parent":0,"depth":1,"kind":1,"mime_version":null,"type":"message","subtype":"rfc822",)"
+               R"("encoding":null,"disposition":null,"id":"<a@b>","description":null,"params":[],)"
+               R"("disposition_params":[],"boundary":"--b","header_start":191,"body_start":242,"body_end":268,)"
+               R"("children":[3]},)"
+               R"({"index":3,"parent":2,"depth":2,"kind":2,"mime_version":1.1,"type":null,"subtype":null,)"
+               R"("encoding":null,"disposition":null,"id":null,"description":null,"params":[],)"
+               R"("disposition_params":[],"boundary":null,"header_start":242,"body_start":263,"body_end":268,)"
+               R"("children":[]}]})"
+               "\n");
 }
 
 TEST_F(CommandTest, DrawsTheTree) {
@@ -141,7 +141,7 @@ TEST_F(CommandTest, SaysWhyAMessageWasRefused) {
     EXPECT_EQ(ended.err, start + "\"content-id:\" field invalid.\n" +                   //
                              start + "ParseMimeMessage: not a valid MIME message.\n" +  //
                              start +
-                             "refused; read from a copy without 1 header field; offsets are those of the copy\n");
+                             "refused; read from a copy without Content-ID (line 15); offsets are those of the copy\n");
     EXPECT_THAT(run({"parse", "-v", sample("quarterly-report.eml")}).err, HasSubstr("Found image/png\n"));
 }
 

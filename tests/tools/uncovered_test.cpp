@@ -3,8 +3,10 @@
 
 #include "tests/tools/run_vel.h"
 #include "tools/input.h"
+#include "tools/line_numbers.h"
 #include "tools/private_copy.h"
 #include "tools/refused_fields.h"
+#include "tools/removed_ranges.h"
 #include "tools/scratch.h"
 #include "tools/uncovered.h"
 
@@ -119,12 +121,44 @@ TEST_F(OffsetTest, RefusedFieldsAreFoundWithTheirContinuation) {
         const std::string message = crlf(row.message);
         const std::string path = file("m.eml", message);
         std::vector<std::string> found, expected;
-        const std::vector<Range> ranges = refused_fields(path, true);
+        Journal journal;
+        const std::vector<Range> ranges = refused_ranges(troubled_fields(path, true, journal));
         for (const Range& range : ranges) found.push_back(message.substr(range.start, range.end - range.start));
         for (const std::string& text : row.lost) expected.push_back(crlf(text));
         EXPECT_EQ(found, expected) << row.name;
-        take_log();
     }
+}
+
+// Fields are taken away one after the other, in one copy or in copies of copies.
+TEST_F(OffsetTest, OffsetsOfACopyLeadBackToTheFile) {
+    const std::string text = "0123456789abcdefghij";
+    const std::vector<std::vector<std::vector<Range>>> rows{
+        {},
+        {{{0, 3}}},
+        {{{2, 5}, {5, 7}, {19, 20}}},
+        {{{4, 6}, {10, 12}}, {{0, 1}, {3, 6}}, {{7, 8}}},
+    };
+    for (const auto& removals : rows) {
+        std::string copy = text;
+        RemovedRanges removed;
+        for (const std::vector<Range>& ranges : removals) {
+            removed.remove(ranges);
+            for (auto range = ranges.rbegin(); range != ranges.rend(); ++range) {
+                copy.erase(range->start, range->end - range->start);
+            }
+        }
+        std::string back;
+        for (uint32_t i = 0; i < copy.size(); ++i) back += text[removed.in_file(i)];
+        EXPECT_EQ(back, copy);
+    }
+}
+
+TEST_F(OffsetTest, LinesAreCountedFromOne) {
+    const std::string text = "a\nb\n" + std::string(70000, 'x') + "\n\nend";
+    const auto last = static_cast<uint32_t>(text.size());
+    const std::vector<uint32_t> offsets{last - 1, 0, 1, 2, 70003, 70004, 70005, last + 9, 3};
+    EXPECT_EQ(line_numbers(file("m.eml", text), offsets), (std::vector<uint64_t>{5, 1, 1, 2, 3, 3, 4, 5, 2}));
+    EXPECT_THAT(line_numbers("missing", {}), testing::IsEmpty());
 }
 
 TEST_F(OffsetTest, CopiesLeaveOutExactlyTheRanges) {
