@@ -121,7 +121,7 @@ class Agreement:
         for line, (ours, gmime, etpan) in self._lines(work):
             self._note("dates: the same second", f"GMime, {line}", ours == gmime)
             rules = [(offset, rule) for pattern, offset, rule in ETPAN_DATES if pattern.search(line)]
-            name = " and ".join(f"for libetpan {rule}" for _, rule in rules) or "the same second"
+            name = f"for libetpan {' and '.join(rule for _, rule in rules)}" if rules else "the same second"
             self._note(f"dates: {name}", f"libetpan, {line}", etpan - ours == sum(offset for offset, _ in rules))
 
     def _lines(self, work):

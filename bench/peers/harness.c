@@ -12,7 +12,7 @@
 #include "floor.h"
 #include "texts.h"
 
-enum { kUsage = 64, kBadResult = 70 };
+enum { kUsage = 64, kBadResult = 70, kNoMemory = 71 };
 
 /* What is to be done, and what came of it. */
 struct task {
@@ -22,6 +22,17 @@ struct task {
     struct texts input; /* paths, or lines */
     long long* results; /* one for each of the input's texts */
 };
+
+typedef long long (*step)(const struct task* task, char* text); /* what was found, or -1 */
+
+struct totals {
+    double seconds;
+    long kib;
+};
+
+static int is(const struct task* task, const char* work) { return strcmp(task->work, work) == 0; }
+
+static int goes_by_lines(const struct task* task) { return is(task, "addresses") || is(task, "dates"); }
 
 static double now(void) {
     struct timespec time;
@@ -56,40 +67,59 @@ static void remove_output(const char* path) {
     closedir(folder);
 }
 
-/* The codec whose name begins the work, "base64-encode": 0, or -1; 1 for another work. */
-static int convert(const struct task* task) {
-    char encoding[32];
-    const char* dash = strrchr(task->work, '-');
-    if (!dash || dash - task->work >= (ptrdiff_t)sizeof encoding) return 1;
-    memcpy(encoding, task->work, (size_t)(dash - task->work));
-    encoding[dash - task->work] = '\0';
-    const char* input = task->input.items[0];
-    if (strcmp(dash, "-encode") == 0) return task->library->encode(encoding, input, task->output);
-    if (strcmp(dash, "-decode") == 0) return task->library->decode(encoding, input, task->output);
-    return 1;
+/* The steps, one a work: each does it on one of the input's texts. */
+
+static long long parse(const struct task* task, char* path) { return task->library->take_apart(path, NULL); }
+
+static long long extract(const struct task* task, char* path) { return task->library->take_apart(path, task->output); }
+
+static long long extract_uuencoded(const struct task* task, char* path) {
+    return task->library->extract_uuencoded(path, task->output);
 }
 
-static long long do_one(const struct task* task, char* text) {
-    if (strcmp(task->work, "parse") == 0) return task->library->take_apart(text, NULL);
-    if (strcmp(task->work, "extract") == 0) return task->library->take_apart(text, task->output);
-    if (strcmp(task->work, "extract-uuencoded") == 0) return task->library->extract_uuencoded(text, task->output);
-    if (strcmp(task->work, "addresses") == 0) return task->library->count_addresses(text);
-    if (strcmp(task->work, "dates") == 0) return task->library->read_date(text);
-    if (strcmp(task->work, "floor") == 0) return floor_of_files(strtol(text, NULL, 10), task->output);
-    return convert(task) == 0 ? 1 : -1;
+static long long addresses(const struct task* task, char* line) { return task->library->count_addresses(line); }
+
+static long long dates(const struct task* task, char* line) { return task->library->read_date(line); }
+
+static long long make_names(const struct task* task, char* count) {
+    return floor_of_files(strtol(count, NULL, 10), task->output);
+}
+
+/* The encoding's name begins the work: "base64-encode". */
+static long long convert(const struct task* task, char* path) {
+    char encoding[32];
+    const char* dash = strrchr(task->work, '-');
+    if (!dash || dash - task->work >= (ptrdiff_t)sizeof encoding) return -1;
+    memcpy(encoding, task->work, (size_t)(dash - task->work));
+    encoding[dash - task->work] = '\0';
+    if (strcmp(dash, "-encode") == 0) return task->library->encode(encoding, path, task->output);
+    if (strcmp(dash, "-decode") == 0) return task->library->decode(encoding, path, task->output);
+    return -1;
+}
+
+static step step_of(const char* work) {
+    static const struct {
+        const char* work;
+        step step;
+    } steps[] = {{"parse", parse},         {"extract", extract}, {"extract-uuencoded", extract_uuencoded},
+                 {"addresses", addresses}, {"dates", dates},     {"floor", make_names}};
+    for (size_t i = 0; i < sizeof steps / sizeof *steps; i++) {
+        if (strcmp(work, steps[i].work) == 0) return steps[i].step;
+    }
+    return convert;
 }
 
 static double do_all(struct task* task) {
+    const step step = step_of(task->work);
     const double start = now();
-    for (size_t i = 0; i < task->input.count; i++) task->results[i] = do_one(task, task->input.items[i]);
+    for (size_t i = 0; i < task->input.count; i++) task->results[i] = step(task, task->input.items[i]);
     return now() - start;
 }
 
-static struct texts load(const char* work, const char* input) {
-    if (strcmp(work, "nothing") == 0) return (struct texts){0};
-    if (strcmp(work, "addresses") == 0 || strcmp(work, "dates") == 0) return lines_of(input);
-    if (strcmp(work, "floor") == 0) return one_text(input);
-    return files_of(input);
+static struct texts load(const struct task* task, const char* input) {
+    if (is(task, "nothing")) return (struct texts){0};
+    if (is(task, "floor")) return one_text(input);
+    return goes_by_lines(task) ? lines_of(input) : files_of(input);
 }
 
 /* The sum of the results; dates are counted. */
@@ -97,7 +127,7 @@ static long long items(const struct task* task) {
     long long sum = 0;
     for (size_t i = 0; i < task->input.count; i++) {
         if (task->results[i] == -1) fprintf(stderr, "failed: %s\n", task->input.items[i]);
-        sum += strcmp(task->work, "dates") == 0 ? 1 : task->results[i];
+        sum += is(task, "dates") ? 1 : task->results[i];
     }
     return sum;
 }
@@ -110,32 +140,36 @@ static int tell_results(const struct task* task) {
     return fclose(file) == 0 ? 0 : kBadResult;
 }
 
+static void release(struct task* task) {
+    free_texts(&task->input);
+    free(task->results);
+}
+
+/* Does the work once more, on its input as it was; the texts of a time before may have been changed. */
+static void do_again(struct task* task, const char* input, struct totals* totals) {
+    if (task->output) remove_output(task->output);
+    release(task);
+    task->input = load(task, input);
+    task->results = calloc(task->input.count + 1, sizeof *task->results);
+    if (!task->results) exit(kNoMemory);
+    const long before = peak_memory(1);
+    totals->seconds += do_all(task);
+    const long above = peak_memory(0) - before;
+    if (above > totals->kib) totals->kib = above;
+}
+
 int drive(const struct library* library, int argc, char** argv) {
     if (argc < 4) {
         fprintf(stderr, "usage: %s WORK TIMES INPUT [OUTPUT]\n", argv[0]);
         return kUsage;
     }
     struct task task = {.library = library, .work = argv[1], .output = argc > 4 ? argv[4] : NULL};
+    struct totals totals = {0};
     const char* version = library->start();
-    if (strcmp(task.work, "version") == 0) return puts(version) < 0;
-
-    double seconds = 0;
-    long peak = 0;
-    for (long times = strtol(argv[2], NULL, 10); times > 0; times--) {
-        if (task.output) remove_output(task.output);
-        free_texts(&task.input);
-        free(task.results);
-        task.input = load(task.work, argv[3]);
-        task.results = calloc(task.input.count + 1, sizeof *task.results);
-        const long before = peak_memory(1);
-        seconds += do_all(&task);
-        const long above = peak_memory(0) - before;
-        if (above > peak) peak = above;
-    }
-    printf("%.9f %lld %ld\n", seconds, items(&task), peak);
-    const int listed = strcmp(task.work, "addresses") == 0 || strcmp(task.work, "dates") == 0;
-    const int code = listed && task.output ? tell_results(&task) : 0;
-    free(task.results);
-    free_texts(&task.input);
+    if (is(&task, "version")) return puts(version) < 0;
+    for (long times = strtol(argv[2], NULL, 10); times > 0; times--) do_again(&task, argv[3], &totals);
+    printf("%.9f %lld %ld\n", totals.seconds, items(&task), totals.kib);
+    const int code = goes_by_lines(&task) && task.output ? tell_results(&task) : 0;
+    release(&task);
     return code;
 }

@@ -91,7 +91,7 @@ def costs(rows):
 
 def agreement_lines(agreement):
     for rule, count in sorted(agreement.counts.items()):
-        yield f"- {count:,} x {rule}"
+        yield f"- {rule}: {count:,}"
     if not agreement.differences:
         yield "- No other difference."
     for difference in agreement.differences:
