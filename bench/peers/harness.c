@@ -23,7 +23,7 @@ struct task {
     long long* results; /* one for each of the input's texts */
 };
 
-typedef long long (*step)(const struct task* task, char* text); /* what was found, or -1 */
+typedef long long (*work_step)(const struct task* task, char* text); /* what was found, or -1 */
 
 struct totals {
     double seconds;
@@ -97,10 +97,10 @@ static long long convert(const struct task* task, char* path) {
     return -1;
 }
 
-static step step_of(const char* work) {
+static work_step step_of(const char* work) {
     static const struct {
         const char* work;
-        step step;
+        work_step step;
     } steps[] = {{"parse", parse},         {"extract", extract}, {"extract-uuencoded", extract_uuencoded},
                  {"addresses", addresses}, {"dates", dates},     {"floor", make_names}};
     for (size_t i = 0; i < sizeof steps / sizeof *steps; i++) {
@@ -110,7 +110,7 @@ static step step_of(const char* work) {
 }
 
 static double do_all(struct task* task) {
-    const step step = step_of(task->work);
+    const work_step step = step_of(task->work);
     const double start = now();
     for (size_t i = 0; i < task->input.count; i++) task->results[i] = step(task, task->input.items[i]);
     return now() - start;
