@@ -11,14 +11,14 @@ namespace {
 // Grows the buffer where a file's size is not known or not true.
 constexpr std::size_t kStep = 16 * 1024;
 
-int64_t nanoseconds(const timespec& time) { return int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec; }
-
 std::optional<FileStamp> if_regular(int result, const struct stat& status) {
     if (result != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
     return FileStamp(status);
 }
 
 }  // namespace
+
+int64_t nanoseconds(const timespec& time) { return int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec; }
 
 FileStamp::FileStamp(const struct stat& status)
     : device(status.st_dev),

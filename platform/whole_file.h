@@ -27,6 +27,8 @@ struct FileStamp {
     int64_t changed;
 };
 
+int64_t nanoseconds(const timespec& time);
+
 // The stamp of a regular file; nothing for anything else.
 std::optional<FileStamp> stamp_of(const char* path);
 std::optional<FileStamp> stamp_of(int fd);

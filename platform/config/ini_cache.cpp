@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "platform/config/held_file.h"
 #include "platform/whole_file.h"
 
 namespace vel {
@@ -22,7 +23,7 @@ constexpr int64_t kCoarsestStep = 3'000'000'000;
 
 struct Snapshot {
     std::optional<FileStamp> stamp;
-    bool settled = false;  // whoever changes the file from now on changes its stamp
+    std::shared_ptr<HeldFile> settled;  // whoever changes the file from now on changes its stamp; else null
     std::shared_ptr<const IniFile> ini;
 };
 
@@ -77,7 +78,9 @@ Snapshot read_anew(const char* path, const Snapshot& known) {
     fresh.stamp = stamp_of(file.get());
     auto text = read_whole(file.get(), kIniMax);
     if (!fresh.stamp || !text) return {};
-    fresh.settled = std::max(fresh.stamp->modified, fresh.stamp->changed) + kCoarsestStep < started;
+    if (std::max(fresh.stamp->modified, fresh.stamp->changed) + kCoarsestStep < started) {
+        fresh.settled = std::make_shared<HeldFile>(file.get(), *fresh.stamp);
+    }
     const bool same = known.ini && known.ini->text() == *text;
     fresh.ini = same ? known.ini : std::make_shared<const IniFile>(*std::move(text));
     return fresh;
@@ -86,9 +89,10 @@ Snapshot read_anew(const char* path, const Snapshot& known) {
 }  // namespace
 
 std::shared_ptr<const IniFile> current_ini(const char* path) {
+    Snapshot known = shelf().find(path);
+    if (known.settled && known.settled->stands_at(path)) return std::move(known.ini);
     const auto stamp = stamp_of(path);
     if (!stamp) return nullptr;
-    Snapshot known = shelf().find(path);
     if (known.settled && known.stamp == stamp) return std::move(known.ini);
     Snapshot fresh = read_anew(path, known);
     if (fresh.ini) shelf().keep(path, fresh);

@@ -12,8 +12,8 @@ namespace vel {
 // More than any configuration needs; a bigger file counts as one that cannot be read.
 constexpr std::size_t kIniMax = 4 * 1024 * 1024;
 
-// The file's settings as they stand at this moment; null when it cannot be read. Costs one stat
-// while the file stays as it is, or is missing. Any thread.
+// The file's settings as they stand at this moment; null when it cannot be read. Costs one
+// fstat while the file stays as it is, now and then a stat, and a stat where it is missing. Any thread.
 std::shared_ptr<const IniFile> current_ini(const char* path);
 
 }  // namespace vel

@@ -148,26 +148,69 @@ TEST_F(ProfileRead, sees_every_edit_at_once) {
 }
 
 // Where the clock of files is coarse, a second edit can leave no trace in the file's times: a file is
-// read again until its last change lies back, whatever its time of modification says.
-TEST_F(ProfileRead, trusts_a_file_only_when_its_last_change_lies_back) {
-    configure("[A]\nk=v\n");
-    const timeval long_ago[2] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
-    ::utimes(path("ostra.ini").c_str(), long_ago);
-    const int watch = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-    ASSERT_NE(::inotify_add_watch(watch, path("ostra.ini").c_str(), IN_OPEN), -1);
-    const auto opened_by_a_read = [&] {
-        EXPECT_EQ(setting("A", "k"), "v");
+// read again until its last change lies back, whatever its time of modification says. From then on it is
+// held open.
+class SettledProfile : public ProfileRead {
+  protected:
+    SettledProfile() {
+        std::filesystem::create_directory(path("d"));
+        for (const char* name : {"a", "b", "d/c"}) write(name, "[A]\nk=v\n");
+        const timeval long_ago[2] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
+        ::utimes(path("a").c_str(), long_ago);
+        EXPECT_NE(::inotify_add_watch(watch_, path("a").c_str(), IN_OPEN), -1);
+        EXPECT_TRUE(opened_by_a_read());
+        EXPECT_TRUE(opened_by_a_read()) << "the last change lies less than 3 seconds back";
+        std::this_thread::sleep_for(std::chrono::milliseconds(3100));
+        EXPECT_TRUE(opened_by_a_read());
+        EXPECT_FALSE(opened_by_a_read()) << "nothing can have changed unseen";
+        EXPECT_EQ(value("b") + value("d/c"), "vv");
+    }
+    ~SettledProfile() override { ::close(watch_); }
+
+    std::string value(std::string_view name) const { return setting("A", "k", path(name).c_str()); }
+
+    bool opened_by_a_read() const {
+        EXPECT_EQ(value("a"), "v");
         char events[4096];
-        return ::read(watch, events, sizeof events) > 0;
-    };
-    EXPECT_TRUE(opened_by_a_read());
-    EXPECT_TRUE(opened_by_a_read()) << "the last change lies less than 3 seconds back";
-    std::this_thread::sleep_for(std::chrono::milliseconds(3100));
-    EXPECT_TRUE(opened_by_a_read());
-    EXPECT_FALSE(opened_by_a_read()) << "nothing can have changed unseen";
-    ::utimes(path("ostra.ini").c_str(), nullptr);
-    EXPECT_TRUE(opened_by_a_read());
-    ::close(watch);
+        return ::read(watch_, events, sizeof events) > 0;
+    }
+
+    // The number under which a file is open, -1 when it is not.
+    int descriptor_of(std::string_view name) const {
+        for (int fd = 0; fd < 64; ++fd) {
+            std::error_code failed;
+            if (std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(fd), failed) == path(name)) return fd;
+        }
+        return -1;
+    }
+
+  private:
+    const int watch_ = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+};
+
+TEST_F(SettledProfile, sees_what_comes_to_stand_at_the_path) {
+    std::fstream(path("a")).seekp(6) << 'w';
+    EXPECT_EQ(value("a"), "w");
+    write("new", "[A]\nk=x\n");
+    std::filesystem::rename(path("new"), path("b"));
+    EXPECT_EQ(value("b"), "x");
+    std::filesystem::remove(path("b"));
+    EXPECT_EQ(value("b"), "-");
+    std::filesystem::rename(path("d"), path("e"));
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ(value("d/c"), "-");
+    EXPECT_EQ(value("e/c"), "v");
+}
+
+// As daemons do, which close all that is open and open files of their own.
+TEST_F(SettledProfile, outlives_the_loss_of_its_descriptor) {
+    const int held = descriptor_of("b");
+    ASSERT_GE(held, 10);
+    ASSERT_EQ(::dup2(::open("/dev/null", O_RDONLY | O_CLOEXEC), held), held);
+    EXPECT_EQ(value("b"), "v");
+    write("b", "[A]\nk=y\n");
+    EXPECT_EQ(value("b"), "y");
+    EXPECT_NE(::fcntl(held, F_GETFD), -1) << "it is not ours any more";
 }
 
 TEST_F(ProfileRead, keeps_more_files_apart_than_it_remembers) {

@@ -1,0 +1,36 @@
+#include "platform/config/held_file.h"
+
+#include <fcntl.h>
+#include <time.h>
+
+namespace vel {
+namespace {
+
+// Low numbers are left to the program, which may count on getting 0, 1 or 2.
+constexpr int kLowestNumber = 10;
+
+// The kernel's own clock, which moves in steps; reading it is no system call.
+int64_t step_of_clock() {
+    timespec now;
+    ::clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+    return nanoseconds(now);
+}
+
+}  // namespace
+
+HeldFile::HeldFile(int fd, const FileStamp& stamp) : fd_(::fcntl(fd, F_DUPFD_CLOEXEC, kLowestNumber)), stamp_(stamp) {}
+
+// A program may close descriptors that it did not open, daemons do; another file may have the number by now.
+HeldFile::~HeldFile() {
+    const auto there = stamp_of(fd_);
+    if (there && there->device == stamp_.device && there->inode == stamp_.inode) ::close(fd_);
+}
+
+bool HeldFile::stands_at(const char* path) {
+    if (stamp_of(fd_) != stamp_) return false;
+    const int64_t now = step_of_clock();
+    if (walked_at_.exchange(now, std::memory_order_relaxed) == now) return true;
+    return stamp_of(path) == stamp_;
+}
+
+}  // namespace vel
