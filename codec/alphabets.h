@@ -46,12 +46,15 @@ namespace vel {
 inline constexpr auto kBase64Value = places_in<256>(basis_64);
 inline constexpr auto kHexValue = hex_values<256>();
 
-// The byte of two hex digits; 0xFF when either is none.
+// The byte of two hex digits; 0xFF when either is none: the eight bits of kNoDigit, in either place, fill
+// the byte, without a branch.
 constexpr uint8_t byte_of_hex(uint8_t first, uint8_t second) {
     const unsigned high = kHexValue[first];
     const unsigned low = kHexValue[second];
-    return static_cast<uint8_t>((high | low) > 15 ? kNoDigit : high * 16 + low);
+    return static_cast<uint8_t>(high << 4 | low | (high | low) >> 4);
 }
+static_assert(byte_of_hex('4', 'f') == 0x4F && byte_of_hex('0', '0') == 0);
+static_assert(byte_of_hex('4', 'g') == 0xFF && byte_of_hex('\r', '0') == 0xFF);
 
 // The two characters of every 12 bits, in the order in which they are stored.
 using PairTable = std::array<uint16_t, 4096>;

@@ -3,13 +3,14 @@
 #define VEL_CODEC_QP_DECODER_H
 
 #include "codec/bytes.h"
+#include "codec/words.h"
 
 namespace vel {
 
 class QpDecoder {
   public:
-    // A line end may be two bytes for one; runs are copied by whole words.
-    static constexpr std::size_t room(std::size_t input) { return 2 * input + 2 + sizeof(uint64_t); }
+    // A line end may be two bytes for one; runs are copied by sixteen bytes.
+    static constexpr std::size_t room(std::size_t input) { return 2 * input + 2 + kWide; }
 
     // Takes all bytes and returns their number.
     std::size_t more(Bytes in, Cursor& out);
