@@ -19,9 +19,10 @@ static_assert(sizeof(void*) != 4 || sizeof(VEL_FILE) == 40);
 VEL_FILE* NewVEL_FILE() {
     vel::COwned<VEL_FILE> file(static_cast<VEL_FILE*>(std::calloc(1, sizeof(VEL_FILE))));
     if (!file) return nullptr;
-    vel::COwned<uint8_t> buffer(static_cast<uint8_t*>(std::calloc(1, vel::kBlock)));
-    vel::COwned<char> line(static_cast<char*>(std::calloc(1, vel::kLineMax + 1)));
+    vel::COwned<uint8_t> buffer(static_cast<uint8_t*>(std::malloc(vel::kBlock)));
+    vel::COwned<char> line(static_cast<char*>(std::malloc(vel::kLineMax + 1)));
     if (!buffer || !line) return nullptr;
+    *line = '\0';
     file->fd = -1;
     file->buf = buffer.release();
     file->line = line.release();

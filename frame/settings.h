@@ -26,7 +26,8 @@ using SettingText = std::array<char, Size>;
 // Reads a setting through the profile calls, which obey INI_MODE.
 template <std::size_t Size>
 SettingText<Size> read(const Setting<Size>& setting) {
-    SettingText<Size> text{};
+    SettingText<Size> text;
+    text[0] = '\0';
     VELGetPrivateProfileString(setting.section, setting.key, setting.fallback, text.data(), int{Size}, iniFileName);
     return text;
 }
@@ -34,7 +35,8 @@ SettingText<Size> read(const Setting<Size>& setting) {
 // Reads a setting from the profile reader itself, whatever INI_MODE says.
 template <std::size_t Size>
 SettingText<Size> read_directly(const Setting<Size>& setting) {
-    SettingText<Size> text{};
+    SettingText<Size> text;
+    text[0] = '\0';
     GetPrivateProfileString(setting.section, setting.key, setting.fallback, text.data(), int{Size}, iniFileName);
     return text;
 }

@@ -18,7 +18,7 @@ namespace vel {
 namespace {
 
 struct FieldRow {
-    const char* name;
+    std::string_view name;
     int (*parse)(const FieldBeingRead& field);
 };
 
@@ -104,6 +104,6 @@ extern "C" int ParseMimeHeaders(VEL_FILE* file, MimeMsg* record, char* line) {
     return vel::at_boundary(
         -1, [] { vel::log_text(vel::kLogError, vel::kOutOfMemory); },
         [=] {
-            return row->parse({file, *record, row->name, line + std::strlen(row->name)});
+            return row->parse({file, *record, row->name.data(), line + row->name.size()});
         });
 }
