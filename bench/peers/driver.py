@@ -47,9 +47,11 @@ class Drivers:
         output = output or {"folder": self.folder, "file": self.file, "none": None}[work.output]
         return self._measure(self._command(library, work.verb, work.times, inputs / work.input, output), work)
 
-    def floor(self, files):
-        """What libvel's contract for the names of so many files costs whoever keeps it."""
-        return self._measure(self._command("vel", "floor", 1, files, self.folder)).seconds
+    def floor(self, work, inputs, files):
+        """What the system calls alone cost of a work that writes: names and files of leaves, or copying a result."""
+        if work.output == "folder":
+            return self._measure(self._command("vel", "names", 1, files, self.folder))
+        return self._measure(self._command("vel", "copy", work.times, inputs / work.result, self.file))
 
     def convert(self, library, verb, source, target):
         self._call(self._command(library, verb, 1, source, target))
@@ -97,7 +99,7 @@ def run_rounds(drivers, works, inputs, rounds, tell):
             first = number % len(work.libraries)
             for library in work.libraries[first:] + work.libraries[:first]:
                 measured[work, library].append(drivers.run(library, work, inputs))
-            if work.output == "folder":
+            if work.output != "none":
                 files = measured[work, "vel"][0].items
-                measured[work, "floor"].append(Measured(drivers.floor(files), files, 0))
+                measured[work, "floor"].append(drivers.floor(work, inputs, files))
     return measured

@@ -7,6 +7,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "harness.h"
+
+enum { kPiece = 65536 };
+
 static int take_number(const char* counter) {
     int number = 0;
     const int fd = open(counter, O_RDWR | O_CREAT | O_CLOEXEC, 0660);
@@ -29,7 +33,7 @@ static int make_file(const char* folder, const char* settings, const char* count
     return fd == -1 ? -1 : close(fd);
 }
 
-long floor_of_files(long count, const char* folder) {
+long make_named_files(long count, const char* folder) {
     char counter[4096];
     char settings[4096];
     const char* configuration = getenv("OSTRA_CONFIG_DIR");
@@ -39,4 +43,16 @@ long floor_of_files(long count, const char* folder) {
         if (make_file(folder, settings, counter) != 0) return -1;
     }
     return count;
+}
+
+int copy_file(const char* input, const char* output) {
+    static char piece[kPiece];
+    const int in = open(input, O_RDONLY | O_CLOEXEC);
+    const int out = create(output);
+    int failed = in == -1;
+    ssize_t got = 0;
+    while (!failed && (got = read(in, piece, sizeof piece)) > 0) failed = write_all(out, piece, (size_t)got);
+    close(out);
+    close(in);
+    return failed || got < 0 ? -1 : 0;
 }

@@ -82,8 +82,10 @@ static long long addresses(const struct task* task, char* line) { return task->l
 static long long dates(const struct task* task, char* line) { return task->library->read_date(line); }
 
 static long long make_names(const struct task* task, char* count) {
-    return floor_of_files(strtol(count, NULL, 10), task->output);
+    return make_named_files(strtol(count, NULL, 10), task->output);
 }
+
+static long long copy(const struct task* task, char* path) { return copy_file(path, task->output); }
 
 /* The encoding's name begins the work: "base64-encode". */
 static long long convert(const struct task* task, char* path) {
@@ -101,8 +103,13 @@ static work_step step_of(const char* work) {
     static const struct {
         const char* work;
         work_step step;
-    } steps[] = {{"parse", parse},         {"extract", extract}, {"extract-uuencoded", extract_uuencoded},
-                 {"addresses", addresses}, {"dates", dates},     {"floor", make_names}};
+    } steps[] = {{"parse", parse},
+                 {"extract", extract},
+                 {"extract-uuencoded", extract_uuencoded},
+                 {"addresses", addresses},
+                 {"dates", dates},
+                 {"names", make_names},
+                 {"copy", copy}};
     for (size_t i = 0; i < sizeof steps / sizeof *steps; i++) {
         if (strcmp(work, steps[i].work) == 0) return steps[i].step;
     }
@@ -118,7 +125,7 @@ static double do_all(struct task* task) {
 
 static struct texts load(const struct task* task, const char* input) {
     if (is(task, "nothing")) return (struct texts){0};
-    if (is(task, "floor")) return one_text(input);
+    if (is(task, "names")) return one_text(input);
     return goes_by_lines(task) ? lines_of(input) : files_of(input);
 }
 

@@ -72,7 +72,7 @@ def times(rows):
     def floor(row):
         return milliseconds(row.middle("floor")) if "floor" in row.seconds else ""
 
-    head = ("Work", *NAMES.values(), "faster peer = 1", "GMime = 1", "names alone")
+    head = ("Work", *NAMES.values(), "faster peer = 1", "GMime = 1", "system alone")
     yield from table(head, ((row.work.name, *(cell(row, library) for library in NAMES), ratio(row, *PEERS),
                              ratio(row, "gmime"), floor(row)) for row in rows))
 

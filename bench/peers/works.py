@@ -16,6 +16,7 @@ class Work:
     libraries: tuple = LIBRARIES
     counts: str = "bytes"  # what goes by in a second: bytes of input, or its lines
     output: str = "none"  # folder: a file for each leaf; file: one
+    result: str = ""  # of a codec: a file with what it writes
     logs: bool = False  # libvel writes its log lines into a file
 
     def size(self, inputs):
@@ -47,8 +48,8 @@ CODECS = (("base64", "attachment.bin", "attachment.b64", LIBRARIES),
 
 def codec_works():
     for encoding, content, encoded, libraries in CODECS:
-        yield Work(f"encode {encoding}", f"{encoding}-encode", content, 2, libraries, output="file")
-        yield Work(f"decode {encoding}", f"{encoding}-decode", encoded, 2, libraries, output="file")
+        yield Work(f"encode {encoding}", f"{encoding}-encode", content, 2, libraries, output="file", result=encoded)
+        yield Work(f"decode {encoding}", f"{encoding}-decode", encoded, 2, libraries, output="file", result=content)
 
 
 def all_works():
