@@ -16,13 +16,6 @@ bool is_quoted_printable(const MimeMsg& record) {
     return same(text_of(record.contentTransferEncoding), "quoted-printable");
 }
 
-// The body calls for a decoding that changes every text but, in quoted-printable, one without "=".
-bool is_encoded(const MimeMsg& record) {
-    const std::string encoding = lower(text_of(record.contentTransferEncoding));
-    return encoding == "base64" || is_quoted_printable(record) || encoding.find("uue") != std::string::npos ||
-           same(text_of(record.contentSubtype), "mac-binhex40");
-}
-
 // The library says nothing of a body that does not decode, but delivers it byte for byte.
 bool is_as_stored(const MimeMsg& record, const ResultFile& file) {
     if (!is_encoded(record) || size_of_body(record) == 0 || size_of(file) != size_of_body(record)) return false;
@@ -75,6 +68,12 @@ BodyFile write_body(MimeMsg& record, Form form) {
     if (form == Form::raw) return {std::move(file), false};
     const bool decoded = !is_as_stored(record, file);
     return {std::move(file), decoded};
+}
+
+bool is_encoded(const MimeMsg& record) {
+    const std::string encoding = lower(text_of(record.contentTransferEncoding));
+    return encoding == "base64" || is_quoted_printable(record) || encoding.find("uue") != std::string::npos ||
+           same(text_of(record.contentSubtype), "mac-binhex40");
 }
 
 bool hides_content_in_header(const MimeMsg& record) {

@@ -21,6 +21,9 @@ struct BodyFile {
 // be written.
 BodyFile write_body(MimeMsg& record, Form form);
 
+// The body calls for a decoding that changes every text but, in quoted-printable, one without "=".
+bool is_encoded(const MimeMsg& record);
+
 // A delimiter line has ended the header block before any blank line: whatever the sender meant as the body
 // counts as header lines.
 bool hides_content_in_header(const MimeMsg& record);

@@ -39,27 +39,29 @@ class Remainder {
   public:
     explicit Remainder(HeaderBlock& block) : block_(block) {}
 
-    void take(std::string_view line) {
+    void take(std::string_view line, uint32_t start) {
         if (line.empty()) return;
         if (kBlanks.find(line.front()) != std::string_view::npos) {
-            if (in_date_) date_->append(" ").append(line);
+            if (in_date_) date_->text.append(" ").append(line);
             return;
         }
         in_date_ = !date_ && is_date(line);
-        if (in_date_) date_ = line.substr(line.find(':') + 1);
+        if (in_date_) date_ = HeaderLine{start, std::string(line)};
         if (is_envelope_line(line)) {
             block_.envelope.emplace_back(line);
-        } else if (!is_field(std::string(line))) {
-            block_.no_fields.emplace_back(line);
+        } else if (block_.no_fields.size() < kMostNoFields && !is_field(std::string(line))) {
+            block_.no_fields.push_back({start, std::string(line)});
         }
     }
 
     // The first date counts, whichever field it stands in.
-    void finish() { block_.date_readable = !date_ || is_rfc822_date(*date_); }
+    void finish() {
+        if (date_ && !is_rfc822_date(date_->text.substr(date_->text.find(':') + 1))) block_.unreadable_date = date_;
+    }
 
   private:
     HeaderBlock& block_;
-    std::optional<std::string> date_;
+    std::optional<HeaderLine> date_;
     bool in_date_ = false;  // the line before belongs to it
 };
 
@@ -82,7 +84,7 @@ HeaderBlock read_header_block(const std::string& path, Journal& journal) {
     while (lines.position() < block.end) {
         const std::optional<Line> line = lines.next();
         if (!line) break;
-        remainder.take(without_line_end(line->text));
+        remainder.take(without_line_end(line->text), line->start);
     }
     remainder.finish();
     return block;

@@ -2,8 +2,10 @@
 #ifndef VEL_TOOLS_HEADER_BLOCK_H
 #define VEL_TOOLS_HEADER_BLOCK_H
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +19,14 @@ struct HeaderFreed {
     void operator()(addr822* header) const { Free822Header(header); }
 };
 
+struct HeaderLine {
+    uint32_t start;  // its offset in the file
+    std::string text;
+};
+
+// So many lines that are no fields are kept: a file that is no message has nothing else.
+constexpr std::size_t kMostNoFields = 1000;
+
 struct HeaderBlock {
     std::unique_ptr<addr822, HeaderFreed> fields;
     int lines = 0;                      // the empty one included
@@ -24,8 +34,8 @@ struct HeaderBlock {
     uint32_t end = 0;                   // the offset behind the last line that was read
     std::vector<LogLine> said;          // by the library
     std::vector<std::string> envelope;  // the queue's lines, "#F" and "#R"
-    std::vector<std::string> no_fields;
-    bool date_readable = true;  // false: the library has put the current time in its place
+    std::vector<HeaderLine> no_fields;
+    std::optional<HeaderLine> unreadable_date;  // the library has put the current time in its place
 };
 
 // Reads the block at the beginning of a file. Throws Failure.

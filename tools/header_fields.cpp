@@ -124,9 +124,11 @@ Json chain_json(const ms* chain) {
     return all;
 }
 
-Json texts_json(const std::vector<std::string>& texts) {
+// The text of each of some lines.
+template <class Lines, class Text>
+Json lines_json(const Lines& lines, Text text) {
     Json all = Json::array();
-    for (const std::string& text : texts) all.push_back(json_text(text));
+    for (const auto& line : lines) all.push_back(json_text(text(line)));
     return all;
 }
 
@@ -147,11 +149,11 @@ std::string fields_text(const HeaderBlock& block) {
                             for (; chain; chain = chain->next) facts.add(row.label, unfolded(text_of(chain->text)));
                         },
                         [&](const date822* date) {
-                            if (date) facts.add(row.label, date_text(*date, block.date_readable));
+                            if (date) facts.add(row.label, date_text(*date, !block.unreadable_date));
                         },
                     });
     }
-    for (const std::string& line : block.no_fields) facts.add("no field", line);
+    for (const HeaderLine& line : block.no_fields) facts.add("no field", line.text);
     return facts.text();
 }
 
@@ -163,11 +165,11 @@ Json fields_json(const HeaderBlock& block) {
                                           [](const addrlist822* list) { return addresses_json(list); },
                                           [](const char* text) { return text ? Json(json_text(text)) : Json(); },
                                           [](const ms* chain) { return chain_json(chain); },
-                                          [&](const date822* date) { return date_json(date, block.date_readable); },
+                                          [&](const date822* date) { return date_json(date, !block.unreadable_date); },
                                       });
     }
-    object["envelope"] = texts_json(block.envelope);
-    object["no_fields"] = texts_json(block.no_fields);
+    object["envelope"] = lines_json(block.envelope, [](const std::string& line) { return line; });
+    object["no_fields"] = lines_json(block.no_fields, [](const HeaderLine& line) { return line.text; });
     return object;
 }
 

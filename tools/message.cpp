@@ -125,12 +125,9 @@ bool came_from_mime_parser(const MimeMsg& root) {
     return root.mimeVersion != 0 || root.contentType || root.nodeKind != 0;
 }
 
-// The library says at the level of notices too why it refuses a field.
-bool names_refused_field(const LogLine& line) { return line.text.find("\" field invalid") != std::string::npos; }
-
 void show(const std::string& name, const std::vector<LogLine>& lines, int level, Output& output) {
     for (const LogLine& line : lines) {
-        if (line.level <= level || names_refused_field(line)) output.complain(name, line.text);
+        if (line.level <= level || is_about_field(line)) output.complain(name, line.text);
     }
 }
 
@@ -154,8 +151,7 @@ std::string remedy_of(const ParsedMessage& message) {
     switch (message.fallback) {
         case Fallback::none: break;
         case Fallback::lenient: return "refused; read with the lenient parameter grammar";
-        case Fallback::repaired:
-            return "refused; read from a copy without " + names_of(message.removed) + "; offsets are those of the copy";
+        case Fallback::repaired: return "refused; read from a copy without " + names_of(message.removed);
         case Fallback::flat: return "refused; read as a message that is not MIME";
     }
     return {};
@@ -196,7 +192,10 @@ ParsedMessage parse_message(const std::string& name, const ParseOptions& options
         session.output.complain(name, "header lines end in bare LF; offsets are those of a copy with CR LF");
     }
     show(name, message.refusal, options.level, session.output);
-    if (message.fallback != Fallback::none) session.output.complain(name, remedy_of(message));
+    if (message.fallback != Fallback::none) {
+        const char* caution = message.fallback == Fallback::repaired ? "; offsets are those of the copy" : "";
+        session.output.complain(name, remedy_of(message) + caution);
+    }
     show(name, message.messages, options.level, session.output);
     return message;
 }

@@ -86,8 +86,6 @@ class MimeFields {
     TroubledField type_field_{};
 };
 
-bool tells_of_correction(const LogLine& line) { return line.text.find("field invalid") != std::string::npos; }
-
 class FieldSearch {
   public:
     FieldSearch(const std::string& path, bool nested, Journal& journal)
@@ -144,7 +142,7 @@ class FieldSearch {
             return;
         }
         field.range.end = lines_.position();
-        if (std::any_of(field.said.begin(), field.said.end(), tells_of_correction)) report(field, Trouble::corrected);
+        if (std::any_of(field.said.begin(), field.said.end(), is_about_field)) report(field, Trouble::corrected);
         if (begins(text, kContentType)) block_.accept_type(std::move(field));
     }
 
@@ -197,6 +195,8 @@ class FieldSearch {
 };
 
 }  // namespace
+
+bool is_about_field(const LogLine& line) { return line.text.find("\" field invalid") != std::string::npos; }
 
 const char* name_of(Trouble trouble) {
     constexpr std::array kNames{"corrected", "refused", "no_boundary", "no_first_delimiter"};

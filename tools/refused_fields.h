@@ -30,6 +30,9 @@ struct TroubledField {
     bool refuses_message() const { return trouble != Trouble::corrected; }
 };
 
+// The library says at the level of notices too why it refuses or corrects a field.
+bool is_about_field(const LogLine& line);
+
 // So many fields are found in one message at the most: a file of nothing else must not take memory without
 // bound.
 constexpr std::size_t kMostTroubledFields = 10000;

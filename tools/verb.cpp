@@ -11,6 +11,7 @@ constexpr std::array kVerbs{
     Verb{"parse", "show the entities of a message", run_parse},
     Verb{"extract", "write the bodies of a message into files, decoded", run_extract},
     Verb{"headers", "show the header fields of a message", run_headers},
+    Verb{"check", "tell what is wrong with a message, and where", run_check},
     Verb{"split", "cut a mailbox into messages", run_split},
     Verb{"address", "show what is made of an address list", run_address},
     Verb{"date", "show what is made of a date", run_date},

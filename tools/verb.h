@@ -46,6 +46,7 @@ std::span<const Verb> verbs();
 Exit run_parse(Arguments arguments, Session& main);
 Exit run_extract(Arguments arguments, Session& main);
 Exit run_headers(Arguments arguments, Session& main);
+Exit run_check(Arguments arguments, Session& main);
 Exit run_split(Arguments arguments, Session& main);
 Exit run_address(Arguments arguments, Session& main);
 Exit run_date(Arguments arguments, Session& main);

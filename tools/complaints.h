@@ -1,0 +1,25 @@
+// The library's complaints about messages in plain words.
+#ifndef VEL_TOOLS_COMPLAINTS_H
+#define VEL_TOOLS_COMPLAINTS_H
+
+#include <string_view>
+#include <vector>
+
+#include "tools/journal.h"
+#include "tools/refused_fields.h"
+
+namespace vel::command {
+
+// The first line that complains; null when none does.
+const LogLine* complaint_among(const std::vector<LogLine>& lines);
+
+// What a complaint means, a half sentence that goes on behind a field's name: "has a quoted parameter that
+// does not end".
+std::string_view meaning_of(std::string_view complaint);
+
+// The same for a field that the parser stumbles over later.
+std::string_view meaning_of(const TroubledField& field);
+
+}  // namespace vel::command
+
+#endif
