@@ -23,7 +23,7 @@ void address_lists(benchmark::State& state) {
     count(state, bytes, found);
 }
 
-BENCHMARK(address_lists)->Unit(benchmark::kMillisecond);
+BENCHMARK(address_lists);
 
 }  // namespace
 }  // namespace vel::bench

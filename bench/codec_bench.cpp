@@ -44,14 +44,14 @@ void decode(benchmark::State& state, const char* name, Transcoder encoder, Trans
     std::filesystem::remove(encoded);
 }
 
-BENCHMARK_CAPTURE(encode, base64, "attachment.bin", encode_base64)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(decode, base64, "attachment.bin", encode_base64, decode_base64)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(encode, qp_text, "quoted.txt", encode_text_qp)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(decode, qp_text, "quoted.txt", encode_text_qp, decode_qp)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(encode, qp_binary, "quoted.txt", encode_binary_qp)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(decode, qp_binary, "quoted.txt", encode_binary_qp, decode_qp)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(encode, uu, "uuencoded.bin", encode_uu)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(decode, uu, "uuencoded.bin", encode_uu, decode_uu)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(encode, base64, "attachment.bin", encode_base64);
+BENCHMARK_CAPTURE(decode, base64, "attachment.bin", encode_base64, decode_base64);
+BENCHMARK_CAPTURE(encode, qp_text, "quoted.txt", encode_text_qp);
+BENCHMARK_CAPTURE(decode, qp_text, "quoted.txt", encode_text_qp, decode_qp);
+BENCHMARK_CAPTURE(encode, qp_binary, "quoted.txt", encode_binary_qp);
+BENCHMARK_CAPTURE(decode, qp_binary, "quoted.txt", encode_binary_qp, decode_qp);
+BENCHMARK_CAPTURE(encode, uu, "uuencoded.bin", encode_uu);
+BENCHMARK_CAPTURE(decode, uu, "uuencoded.bin", encode_uu, decode_uu);
 
 }  // namespace
 }  // namespace vel::bench

@@ -49,8 +49,8 @@ void write_dates(benchmark::State& state) {
     count(state, bytes, times.size());
 }
 
-BENCHMARK(read_dates)->Unit(benchmark::kMillisecond);
-BENCHMARK(write_dates)->Unit(benchmark::kMillisecond);
+BENCHMARK(read_dates);
+BENCHMARK(write_dates);
 
 }  // namespace
 }  // namespace vel::bench

@@ -28,7 +28,7 @@ void header_blocks(benchmark::State& state) {
     count(state, file_size(path), blocks);
 }
 
-BENCHMARK(header_blocks)->Unit(benchmark::kMillisecond);
+BENCHMARK(header_blocks);
 
 }  // namespace
 }  // namespace vel::bench

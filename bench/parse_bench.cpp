@@ -27,6 +27,7 @@ std::uintmax_t size_of(const std::vector<std::string>& paths) {
 template <class Work>
 void every_message(benchmark::State& state, const char* name, Work work) {
     const std::vector<std::string> paths = messages(name);
+    if (paths.empty()) return fail(state, "no messages");
     for (auto _ : state) {
         for (const std::string& path : paths) {
             if (!work(Message(path.c_str()))) return fail(state, path.c_str());
@@ -43,19 +44,14 @@ void extract(benchmark::State& state, const char* name) {
     every_message(state, name, [](const Message& message) { return message.extract() > 0; });
 }
 
-BENCHMARK_CAPTURE(parse, mails, "mails")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(parse, attachment, "attachment.eml")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(parse, parts, "parts.eml")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(parse, nested, "nested.eml")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(parse, quoted, "quoted.eml")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(parse, uuencoded, "uuencoded.eml")->Unit(benchmark::kMillisecond);
+bool add(const std::string& verb, void (*run)(benchmark::State&, const char*)) {
+    for (const char* name : {"mails", "attachment.eml", "parts.eml", "nested.eml", "quoted.eml", "uuencoded.eml"}) {
+        benchmark::RegisterBenchmark((verb + '/' + name).c_str(), run, name);
+    }
+    return true;
+}
 
-BENCHMARK_CAPTURE(extract, mails, "mails")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(extract, attachment, "attachment.eml")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(extract, parts, "parts.eml")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(extract, nested, "nested.eml")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(extract, quoted, "quoted.eml")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(extract, uuencoded, "uuencoded.eml")->Unit(benchmark::kMillisecond);
+[[maybe_unused]] const bool kAdded = add("parse", parse) && add("extract", extract);
 
 }  // namespace
 }  // namespace vel::bench

@@ -34,6 +34,7 @@ void fail(benchmark::State& state, const char* why) {
 }
 
 int run(int argc, char** argv) {
+    benchmark::SetDefaultTimeUnit(benchmark::kMillisecond);
     benchmark::Initialize(&argc, argv);
     if (argc != 2) {
         std::cerr << "usage: vel_bench [--benchmark_filter=REGEX ...] INPUTS\n";
