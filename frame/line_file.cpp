@@ -115,21 +115,6 @@ LineResult LineFile::next(std::string_view& line) {
     return LineResult::line;
 }
 
-// The next line, when all of it stands in the block; else empty.
-std::string_view LineFile::line_in_block() const {
-    if (needs_block()) return {};
-    const std::size_t there = static_cast<std::size_t>(f_.buf + f_.cnt - f_.cur);
-    const void* feed = std::memchr(f_.cur, '\n', std::min(there, kLineMax));
-    const char* begin = reinterpret_cast<const char*>(f_.cur);
-    if (feed) return {begin, static_cast<const char*>(feed) + 1};
-    return {begin, there < kLineMax ? 0 : kLineMax};
-}
-
-void LineFile::pass(std::size_t length) {
-    f_.cur += length;
-    f_.pos += static_cast<int32_t>(length);
-}
-
 LineResult LineFile::next_with(std::string_view prefix, std::string_view& line) {
     return next_where([=](std::string_view text) { return text.starts_with(prefix); }, line);
 }
@@ -190,8 +175,8 @@ void LineFile::empty_buffer() {
     f_.cnt = kBlock;
 }
 
-bool LineFile::write_block(const uint8_t* block, const char* message) {
-    if (write_all(f_.fd, block, kBlock)) return true;
+bool LineFile::write_blocks(const void* blocks, std::size_t count, const char* message) {
+    if (write_all(f_.fd, blocks, count * kBlock)) return true;
     log_text(kLogError, message);
     return false;
 }
@@ -219,15 +204,15 @@ int LineFile::put(std::string_view text) {
     if (!start_buffer()) return -1;
     if (const auto room = static_cast<std::size_t>(f_.cnt); text.size() >= room) {
         std::memcpy(f_.cur, text.data(), room);
-        if (!write_block(f_.buf, kFailed)) return -1;
+        if (!write_blocks(f_.buf, 1, kFailed)) return -1;
         f_.pos += static_cast<int32_t>(room);
         empty_buffer();
         text.remove_prefix(room);
         if (!take_real_offset() || would_overflow(text.size())) return -1;
-        for (; text.size() >= kBlock; text.remove_prefix(kBlock)) {
-            if (!write_block(reinterpret_cast<const uint8_t*>(text.data()), kFailed)) return -1;
-            f_.pos += kBlock;
-        }
+        const std::size_t whole = text.size() / kBlock;
+        if (!write_blocks(text.data(), whole, kFailed)) return -1;
+        f_.pos += static_cast<int32_t>(whole * kBlock);
+        text.remove_prefix(whole * kBlock);
     }
     std::memcpy(f_.cur, text.data(), text.size());
     f_.cur += text.size();
@@ -246,7 +231,7 @@ int LineFile::out(int character) {
     if (!start_buffer()) return -1;
     if (f_.cnt <= 0) {
         if (would_overflow(kBlock + 1)) return -1;
-        if (!write_block(f_.buf, "outch: WriteFile failed.")) return -1;
+        if (!write_blocks(f_.buf, 1, "outch: WriteFile failed.")) return -1;
         f_.pos += kBlock;  // Kept: these bytes were counted one by one before.
         empty_buffer();
     } else if (would_overflow(1)) {

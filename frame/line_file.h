@@ -2,8 +2,10 @@
 #ifndef VEL_FRAME_LINE_FILE_H
 #define VEL_FRAME_LINE_FILE_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 #include "frame/owned.h"
@@ -64,10 +66,13 @@ class LineFile {
     bool fill(const char* message) { return read_behind(0, message); }
     bool complete_block(const char* message);
     std::string_view line_in_block() const;
-    void pass(std::size_t length);
+    void pass(std::size_t length) {
+        f_.cur += length;
+        f_.pos += static_cast<int32_t>(length);
+    }
     bool is_used_up() const { return f_.cur == f_.buf + f_.cnt; }
     bool at_end() const { return is_used_up() && f_.cnt < kBlock; }
-    bool write_block(const uint8_t* block, const char* message);
+    bool write_blocks(const void* blocks, std::size_t count, const char* message);
     bool would_overflow(std::size_t more);
     bool start_buffer();
     void empty_buffer();
@@ -75,6 +80,16 @@ class LineFile {
 
     VEL_FILE& f_;
 };
+
+// The next line, when all of it stands in the block; else empty.
+inline std::string_view LineFile::line_in_block() const {
+    if (needs_block()) return {};
+    const std::size_t there = static_cast<std::size_t>(f_.buf + f_.cnt - f_.cur);
+    const void* feed = std::memchr(f_.cur, '\n', std::min(there, kLineMax));
+    const char* begin = reinterpret_cast<const char*>(f_.cur);
+    if (feed) return {begin, static_cast<const char*>(feed) + 1};
+    return {begin, there < kLineMax ? 0 : kLineMax};
+}
 
 template <class Wanted>
 LineResult LineFile::next_where(const Wanted& wanted, std::string_view& line) {

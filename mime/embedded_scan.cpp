@@ -4,17 +4,6 @@
 
 namespace vel {
 
-bool may_matter(ScanState state, std::string_view line) {
-    const char first = line.empty() ? '\0' : ascii::to_lower(line.front());
-    switch (state) {
-        case ScanState::text: return first == 'b' || first == kBinhexBanner.front();
-        case ScanState::in_uuencode: return first == 'e';
-        case ScanState::before_binhex_data: return first == ':';
-        case ScanState::in_binhex_data: break;
-    }
-    return true;
-}
-
 std::optional<EmbeddedFile> EmbeddedScan::line(std::string_view text, uint32_t start, uint32_t end) {
     switch (state_) {
         case ScanState::text:

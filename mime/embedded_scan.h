@@ -6,6 +6,8 @@
 #include <optional>
 #include <string_view>
 
+#include "frame/ascii.h"
+
 namespace vel {
 
 constexpr std::string_view kBinhexBanner = "(This file must be converted with binhex 4.0)";
@@ -22,7 +24,16 @@ struct EmbeddedFile {
 enum class ScanState { text, in_uuencode, before_binhex_data, in_binhex_data };
 
 // Whether a line can mean anything in a state, by its first character; any other may be left out.
-bool may_matter(ScanState state, std::string_view line);
+inline bool may_matter(ScanState state, std::string_view line) {
+    const char first = line.empty() ? '\0' : ascii::to_lower(line.front());
+    switch (state) {
+        case ScanState::text: return first == 'b' || first == kBinhexBanner.front();
+        case ScanState::in_uuencode: return first == 'e';
+        case ScanState::before_binhex_data: return first == ':';
+        case ScanState::in_binhex_data: break;
+    }
+    return true;
+}
 
 // The rules for the bodies of MIME messages. Those for flat messages differ and stand with the flat
 // parser.
