@@ -18,7 +18,8 @@ class Failed(Exception):
 
 @dataclass(frozen=True)
 class Measured:
-    seconds: float  # of doing the work once
+    seconds: float  # elapsed while doing the work once
+    processor: float  # of them on a processor, in the program or in the system
     items: int
     kib: int
 
@@ -79,8 +80,9 @@ class Drivers:
         done = self._call(command, work)
         if done.stderr:
             raise Failed(f"{' '.join(map(str, command))}: {done.stderr[-500:]!r}")
-        seconds, items, kib = done.stdout.split()
-        return Measured(float(seconds) / int(command[2]), int(items), int(kib))
+        seconds, processor, items, kib = done.stdout.split()
+        times = int(command[2])
+        return Measured(float(seconds) / times, float(processor) / times, int(items), int(kib))
 
     def _counted(self, command, work):
         valgrind = ["valgrind", "--tool=cachegrind", "--cache-sim=no", "--cachegrind-out-file=/dev/null"]

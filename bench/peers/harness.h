@@ -1,9 +1,9 @@
 /* What the drivers of the compared libraries share: their command line, the clock and the results.
 
    A driver does one work on one input, as often as it is told, and prints
-     SECONDS ITEMS KIB
-   the time of the works alone, without start-up and cleaning, what was found in the last one (leaves,
-   addresses, dates), and by how much the resident memory peaked above what it was before a work. */
+     SECONDS PROCESSOR-SECONDS ITEMS KIB
+   the elapsed and the processor time of the works alone, without start-up and cleaning, what was found in the last
+   one (leaves, addresses, dates), and by how much the resident memory peaked above what it was before a work. */
 #ifndef VEL_BENCH_PEERS_HARNESS_H
 #define VEL_BENCH_PEERS_HARNESS_H
 

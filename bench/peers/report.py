@@ -13,33 +13,34 @@ class Row:
     """One work's results; what a library cannot do it is not in."""
     work: object
     size: int  # bytes or lines
-    seconds: dict  # by library: of every round
-    kib: dict
-    instructions: dict
+    runs: dict  # by library, and "floor": what every round measured
+    instructions: dict  # by library
 
-    def ratio(self, *peers):
+    def ratio(self, *peers, clock="seconds"):
         """How many times as fast as the fastest of these peers libvel is; None when none of them can.
 
         The median of each round's own ratio: what slows a machine for seconds slows both sides of it.
         """
-        ours = self.seconds["vel"]
-        return min((median(their / our for their, our in zip(self.seconds[peer], ours))
-                    for peer in peers if peer in self.seconds), default=None)
+        def of(library):
+            return [getattr(run, clock) for run in self.runs[library]]
 
-    def middle(self, library):
-        return median(self.seconds[library])
+        return min((median(their / our for their, our in zip(of(peer), of("vel"))) for peer in peers
+                    if peer in self.runs), default=None)
+
+    def seconds(self, library):
+        return median(run.seconds for run in self.runs[library])
+
+    def kib(self, library):
+        return max(run.kib for run in self.runs[library])
 
     def rate(self, library):
-        per_second = self.size / self.middle(library)
+        per_second = self.size / self.seconds(library)
         return f"{digits(per_second / 1e6)} MB/s" if self.work.counts == "bytes" else f"{digits(per_second / 1e3)} k/s"
 
 
 def row_of(work, size, measured, instructions):
-    runs = {library: measured[work, library] for library in (*work.libraries, "floor") if (work, library) in measured}
-    return Row(work, size,
-               {library: [run.seconds for run in each] for library, each in runs.items()},
-               {library: max(run.kib for run in each) for library, each in runs.items()},
-               {library: instructions[work, library] for library in runs if (work, library) in instructions})
+    return Row(work, size, {library: runs for (of, library), runs in measured.items() if of == work},
+               {library: count for (of, library), count in instructions.items() if of == work})
 
 
 def digits(number):
@@ -61,25 +62,25 @@ def table(head, rows):
 
 def times(rows):
     def cell(row, library):
-        if library not in row.seconds:
-            return "-"
-        return f"{milliseconds(row.middle(library))}, {row.rate(library)}"
+        return f"{milliseconds(row.seconds(library))}, {row.rate(library)}" if library in row.runs else "-"
 
-    def ratio(row, *peers):
-        found = row.ratio(*peers)
-        return f"{found:.2f}" if found else "-"
+    def ratio(*peers, **how):
+        return lambda row: f"{found:.2f}" if (found := row.ratio(*peers, **how)) else "-"
 
     def floor(row):
-        return milliseconds(row.middle("floor")) if "floor" in row.seconds else ""
+        return milliseconds(row.seconds("floor")) if "floor" in row.runs else ""
 
-    head = ("Work", *NAMES.values(), "faster peer = 1", "GMime = 1", "system alone")
-    yield from table(head, ((row.work.name, *(cell(row, library) for library in NAMES), ratio(row, *PEERS),
-                             ratio(row, "gmime"), floor(row)) for row in rows))
+    columns = (("faster peer = 1", ratio(*PEERS)), ("by processor", ratio(*PEERS, clock="processor")),
+               ("GMime = 1", ratio("gmime")), ("by processor", ratio("gmime", clock="processor")),
+               ("system alone", floor))
+    yield from table(("Work", *NAMES.values(), *(head for head, _ in columns)),
+                     ((row.work.name, *(cell(row, library) for library in NAMES),
+                       *(column(row) for _, column in columns)) for row in rows))
 
 
 def costs(rows):
     def kib(row, library):
-        return f"{row.kib[library]:,}" if library in row.kib else "-"
+        return f"{row.kib(library):,}" if library in row.runs else "-"
 
     def millions(row, library):
         return f"{row.instructions[library] / 1e6:,.2f}" if library in row.instructions else "-"
@@ -101,7 +102,8 @@ def agreement_lines(agreement):
 def region(rows, facts, agreement, rounds, scale):
     """What stands between the marks."""
     parts = [[f"- {what}: {how}" for what, how in facts],
-             [f"Medians of {rounds} rounds; a ratio is the median of the rounds' own ratios, above 1 where libvel is faster."],
+             [f"Medians of {rounds} rounds. A ratio is the median of the rounds' own ratios, above 1 where libvel is",
+              "faster: by elapsed time, and by processor time, which other work on the machine hardly changes."],
              list(times(rows)),
              ["Peak memory above that of the started driver; instructions counted by valgrind on inputs of "
               f"{scale:.0%} of the size."],
