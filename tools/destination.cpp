@@ -23,6 +23,19 @@ mode_t mode_of_new_files() {
     return kEverybody & ~mask;
 }
 
+// Moves a file to a path where nothing stands. False with errno, EEXIST when something does.
+bool moved(const char* file, const char* path) {
+    if (::renameat2(AT_FDCWD, file, AT_FDCWD, path, RENAME_NOREPLACE) == 0) return true;
+    if (errno != EINVAL && errno != ENOSYS) return false;
+    // A file system that cannot: the name is taken first, with an empty file.
+    if (!Descriptor(::open(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kPrivate))) return false;
+    if (std::rename(file, path) == 0) return true;
+    const int error = errno;
+    std::remove(path);
+    errno = error;
+    return false;
+}
+
 }  // namespace
 
 Destination::Destination(const std::string& directory, const Limits& limits, Scratch& scratch)
@@ -37,25 +50,19 @@ Destination::Destination(const std::string& directory, const Limits& limits, Scr
     if (::access(directory_.c_str(), W_OK | X_OK) != 0) throw Failure::of_system_call(Exit::cannot_create, directory_);
 }
 
-// Makes an empty file under the name or, when that is taken, the next free numbered one.
-std::string Destination::reserve(const std::string& name) {
-    std::string path = directory_ + "/" + name;
-    for (;;) {
-        const Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kPrivate));
-        if (file) return path;
-        if (errno != EEXIST) throw Failure::of_system_call(Exit::cannot_create, path);
-        unsigned& number = last_numbers_.try_emplace(name, kFirstNumber - 1).first->second;
-        path = directory_ + "/" + numbered(name, ++number);
-    }
+// The next numbered name behind one that is taken.
+std::string Destination::next_path(const std::string& name) {
+    unsigned& number = last_numbers_.try_emplace(name, kFirstNumber - 1).first->second;
+    return directory_ + "/" + numbered(name, ++number);
 }
 
 std::string Destination::place(const std::string& name, const char* file, uint64_t size) {
     const auto held = scratch_.hold();
-    const std::string path = reserve(name);
-    if (::chmod(file, mode_) != 0 || std::rename(file, path.c_str()) != 0) {
-        const Failure failure = Failure::of_system_call(Exit::cannot_create, path);
-        std::remove(path.c_str());
-        throw failure;
+    std::string path = directory_ + "/" + name;
+    if (::chmod(file, mode_) != 0) throw Failure::of_system_call(Exit::cannot_create, path);
+    while (!moved(file, path.c_str())) {
+        if (errno != EEXIST) throw Failure::of_system_call(Exit::cannot_create, path);
+        path = next_path(name);
     }
     --left_.files;
     left_.bytes -= size;

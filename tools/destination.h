@@ -42,7 +42,7 @@ class Destination {
     std::string place(const std::string& name, const char* file, uint64_t size);
 
   private:
-    std::string reserve(const std::string& name);
+    std::string next_path(const std::string& name);
 
     std::string directory_;
     const Limits limits_;

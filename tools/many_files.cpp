@@ -1,5 +1,7 @@
 #include "tools/many_files.h"
 
+#include <sched.h>
+
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -17,6 +19,13 @@ namespace vel::command {
 namespace {
 
 constexpr std::chrono::milliseconds kBetweenTicks{100};
+
+// The machine may have more than this process may use.
+std::size_t usable_cores() {
+    cpu_set_t set;
+    if (::sched_getaffinity(0, sizeof set, &set) == 0) return static_cast<std::size_t>(CPU_COUNT(&set));
+    return std::thread::hardware_concurrency();
+}
 
 // An empty name would not be seen in a message.
 std::string shown(const std::string& name) { return name.empty() ? "\"\"" : name; }
@@ -141,7 +150,7 @@ class Crew {
 
 Exit for_each_file(const CommandLine& line, Session& session, const FileWork& work) {
     const std::vector<FoundFile> files = find_files(line.files, line.recursive);
-    const std::size_t threads = std::min<std::size_t>(std::thread::hardware_concurrency(), files.size());
+    const std::size_t threads = std::min(usable_cores(), files.size());
     const Exit worst = threads > 1 ? Crew(files, session, work).run(threads) : run_all(files, session, work);
     return worse(worst, session.output.streams().exit());
 }
