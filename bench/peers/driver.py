@@ -28,7 +28,7 @@ class Drivers:
     """The drivers, with a folder for what they write; libvel's settings stand in two more."""
 
     def __init__(self, programs, scratch):
-        self._programs = programs
+        self._programs = programs.resolve()
         self.folder = scratch / "leaves"
         self.file = scratch / "converted"
         self.log = scratch / "log"
