@@ -70,10 +70,12 @@ auto visit_field(const Row& row, const addr822& fields, Show&& show) {
 // The lines of a folded field are parted by CR LF TAB.
 std::string unfolded(std::string_view text) {
     constexpr std::string_view kFold = "\r\n\t";
-    std::string result(text);
-    for (std::size_t at = 0; (at = result.find(kFold, at)) != std::string::npos; ++at)
-        result.replace(at, kFold.size(), " ");
-    return result;
+    std::string result;
+    for (std::size_t fold = 0; (fold = text.find(kFold)) != std::string_view::npos;) {
+        result.append(text.substr(0, fold)).append(" ");
+        text.remove_prefix(fold + kFold.size());
+    }
+    return result.append(text);
 }
 
 const recipient* first_of(const addrlist822* list) { return list && list->recips ? list->recips->first : nullptr; }
@@ -85,8 +87,8 @@ std::string address_text(const recipient& record) {
     const std::string_view comment = text_of(record.comment);
     std::string text(canonical);
     if (!phrase.empty() && kind_of(record) != std::string_view("group")) {
-        text = canonical.starts_with('<') ? std::string(canonical) : "<" + std::string(canonical) + ">";
-        text = std::string(phrase).append(" ").append(text);
+        const bool bracketed = canonical.starts_with('<');
+        text = std::string(phrase).append(bracketed ? " " : " <").append(canonical).append(bracketed ? "" : ">");
     }
     if (!comment.empty()) text.append(" (").append(comment).append(")");
     return text;
