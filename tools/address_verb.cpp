@@ -105,7 +105,7 @@ Exit run_address(Arguments arguments, Session& main) {
         const Counts counts = for_each_stretch(text, [&](const Stretch& stretch, const recipient& record) {
             print(stretch, record, std::exchange(first, false), main.output);
         });
-        if (counts.addresses == 0) main.output.complain({}, "no address in \"" + std::string(text) + "\"");
+        if (counts.addresses == 0) main.output.complain({}, "no address in " + excerpt(text));
         return counts.exit();
     });
 }

@@ -96,7 +96,7 @@ Exit run_date(Arguments arguments, Session& main) {
             if (!std::exchange(first, false)) main.output.write("\n");
             print(text, *date, main.output);
         } else {
-            main.output.complain({}, "no date: \"" + text + "\"");
+            main.output.complain({}, "no date: " + excerpt(text));
         }
         return date ? Exit::success : Exit::bad_data;
     });

@@ -60,8 +60,11 @@ class Examination {
         for (const LogLine& line : block.said) {
             add({fault, at(block.end), std::string(meaning_of(line.text)), line.text});
         }
-        for (const HeaderLine& line : block.no_fields) {
-            add({remark, at(line.start), "a line in the header block is no field and is not stored"});
+        if (const std::size_t lines = block.no_fields.size(); lines > 0) {
+            const std::string what =
+                lines == 1 ? "a line of the header block is"
+                           : std::to_string(lines) + " lines of the header block, this one the first, are";
+            add({remark, at(block.no_fields.front().start), what + " no field, and not stored"});
         }
         if (block.unreadable_date) {
             const std::string& text = block.unreadable_date->text;

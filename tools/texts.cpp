@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "tools/blocks.h"
+#include "tools/utf8.h"
 
 namespace vel::command {
 namespace {
@@ -52,6 +53,12 @@ Exit for_each_text(const std::vector<std::string>& texts, const std::function<Ex
         }
     }
     return worst;
+}
+
+std::string excerpt(std::string_view text) {
+    constexpr std::size_t kMostQuoted = 200;
+    const std::string_view beginning = cut_to(text, kMostQuoted);
+    return std::string("\"").append(beginning).append(beginning.size() < text.size() ? "...\"" : "\"");
 }
 
 }  // namespace vel::command

@@ -18,6 +18,9 @@ void for_each_line(int fd, const std::function<void(std::string_view)>& on_line)
 // Runs work for each text; "-" stands for the lines of standard input. The worst exit code counts.
 Exit for_each_text(const std::vector<std::string>& texts, const std::function<Exit(std::string_view)>& work);
 
+// A text in quotes, for a message about it; cut when it is long.
+std::string excerpt(std::string_view text);
+
 }  // namespace vel::command
 
 #endif

@@ -1,0 +1,141 @@
+// vel check and vel headers.
+#include <nlohmann/json.hpp>
+
+#include "tests/tools/run_vel.h"
+
+namespace vel::test {
+namespace {
+
+using Json = nlohmann::json;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+const std::string kMime = "MIME-Version: 1.0\n";
+const std::string kMixed = kMime + "Content-Type: multipart/mixed; boundary=b\n\n";
+
+class CheckTest : public CommandTest {};
+
+struct Checked {
+    std::string name, message;
+    std::vector<std::string> findings;  // "severity line start-end field part: the library's words"
+};
+
+std::string line_of(const Json& finding) {
+    std::string text = finding["severity"].get<std::string>() + " " + finding["line"].dump() + " " +
+                       finding["start"].dump() + "-" + finding["end"].dump();
+    if (!finding["field"].is_null()) text += " " + finding["field"].get<std::string>();
+    if (!finding["part"].is_null()) text += " part " + finding["part"].dump();
+    return finding["said"].is_null() ? text : text + ": " + finding["said"].get<std::string>();
+}
+
+TEST_F(CheckTest, TellsWhatIsWrongAndWhere) {
+    const std::string refusal = ": ParseMimeMessage: not a valid MIME message.";
+    const std::vector<Checked> rows{
+        {"nothing", "Subject: x\n\nbody\n", {}},
+        {"empty", "", {}},
+        {"no MIME, so its fields do not count", "Content-ID: x\n\nbody\n", {}},
+        {"line, no field, no date",
+         "Subject: x\nDate: soon\n enough\nto you\nand: me\nyes\n\n",
+         {"remark 2 12-12 Date", "remark 4 33-33"}},
+        {"two refused fields, in two parts",
+         kMixed + "--b\nContent-ID: x\n\none\n--b\nContent-Type: text/plain; x\n y\n\ntwo\n--b--\n",
+         {"fault 5 69-84 Content-ID: \"content-id:\" field invalid.", "fault 5 69-69" + refusal,
+          "fault 9 96-129 Content-Type: Invalid parm in \"content-type:\" header: x\r\n"}},
+        {"a corrected one",
+         kMime + "Content-Type: plain\n\n",
+         {"fault 2 19-40 Content-Type: \"content-type:\" field invalid. Defaulting to application/octet-stream."}},
+        {"no boundary",
+         kMime + "Content-Type: multipart/mixed\n\nx\n",
+         {"fault 2 19-50 Content-Type", "fault 2 19-19: ParseMimeMessage: boundary line is missing."}},
+        {"no first delimiter line", kMixed + "x\n", {"fault 2 19-62 Content-Type", "fault 2 19-19" + refusal}},
+        {"an unfinished part behind a refused field",
+         kMixed + "--b\nContent-ID: x\n\none\n--b\n\ntwo\n",
+         {"fault 5 69-84 Content-ID: \"content-id:\" field invalid.", "fault 5 69-69" + refusal,
+          "fault 9 96-103: ParseMimeMessage: getline failed."}},
+        {"a body that does not decode, a part without a blank line",
+         kMixed + "--b\nContent-Transfer-Encoding: base64\n\n!!!\n--b\nthree\n--b--\n",
+         {"fault 7 106-111 part 1", "fault 9 116-123 part 2"}},
+        {"a header block without end",
+         "Subject: x\n" +
+             [] {
+                 std::string folds;
+                 for (int i = 0; i < 80; ++i) folds += " " + std::string(1000, 'x') + "\n";
+                 return folds;
+             }() +
+             "\n",
+         {"fault 67 65207-65207: too many headers to parse."}},
+    };
+    for (const Checked& row : rows) {
+        const Ended ended = run({"check", "--json", "-"}, crlf(row.message));
+        ASSERT_TRUE(Json::accept(ended.out)) << row.name << ended.err;
+        const Json json = Json::parse(ended.out);
+        std::vector<std::string> found;
+        for (const Json& finding : json["findings"]) found.push_back(line_of(finding));
+        EXPECT_EQ(found, row.findings) << row.name;
+        const bool faulty = !row.findings.empty() && row.findings.back().starts_with("fault");
+        EXPECT_EQ(ended.exit, faulty ? 65 : 0) << row.name;
+        EXPECT_EQ(json["clean"], !faulty) << row.name;
+        EXPECT_THAT(ended.err, IsEmpty()) << row.name;
+    }
+}
+
+TEST_F(CheckTest, SpeaksToPeople) {
+    EXPECT_EQ(run({"check", "-"}, kMime + "Content-ID: 1\x1b\n\n").out,
+              "-:1: remark: lines end in bare LF; offsets are those of a copy with CR LF, line numbers hold (byte 0)\n"
+              "-:2: fault: Content-ID is no identifier of the form <local@domain> (bytes 19-35; the library: "
+              "\"content-id:\" field invalid.)\n"
+              "-:2: fault: refused; read from a copy without Content-ID (line 2) (byte 19; the library: "
+              "ParseMimeMessage: not a valid MIME message.)\n");
+    EXPECT_EQ(run({"check", "-"}, "A: b\r\n\r\n").out, "-: no fault\n");
+}
+
+const std::string kHeader =
+    "#Fsender\nFrom a@b Mon Feb  1 10:20:30 1999\nReceived: one\nReceived: two\nDate: Mon, 1 Feb 1999 10:20:30 -0500\n"
+    "FROM: Ann Lee <ann@a.b> (x)\nTo: T: c@d, e@f;,\n two words, g@h\nTo: i\nSubject: a\n b\x1b\nX-Other: y\nno field\n"
+    "Status: RO\n\nSubject: body\n";
+
+TEST_F(CheckTest, ShowsTheHeader) {
+    const std::string message = crlf(kHeader);
+    EXPECT_EQ(run({"headers", "-"}, message).out,
+              "-: 15 header lines\n"
+              "envelope   #Fsender\n"
+              "From line  a@b Mon Feb  1 10:20:30 1999\n"
+              "Date       Mon, 1 Feb 1999 10:20:30 -0500\n"
+              "From       Ann Lee <ann@a.b> (x)\n"
+              "To         T: c@d, e@f;\n"
+              "           g@h\n"
+              "           i\n"
+              "Subject    a b\\x1b\n"
+              "Status     RO\n"
+              "Received   one\n"
+              "           two\n"
+              "other      X-other: y\n"
+              "no field   no field\n");
+    const Ended ended = run({"headers", "--json", file("m.eml", message)});
+    EXPECT_EQ(ended.exit, 0);
+    const Json json = Json::parse(ended.out);
+    EXPECT_EQ(json["subject"], "a\r\n\tb\x1b");
+    EXPECT_EQ(json["to"].size(), 3u);
+    EXPECT_EQ(json["from"][0]["text"], "Ann Lee <ann@a.b> (x)");
+    EXPECT_EQ(json["date"]["seconds_since_1970"], 917882430);
+    EXPECT_EQ(json["status_line"], 14);
+    EXPECT_EQ(json["received"], Json({"one", "two"}));
+    EXPECT_EQ(json["cc"], nullptr);
+    EXPECT_THAT(run({"headers", "-"}, "Date: soon\n\n").out, HasSubstr("not readable; the library takes the current"));
+}
+
+TEST_F(CheckTest, ShowsAPartsHeaderUpToItsBlankLine) {
+    const std::string message =
+        crlf(kMixed + "Subject: preamble\n--b\nContent-Type: message/rfc822\n\nSubject: inner\n\nx\n--b--\n");
+    const std::string path = file("m.eml", message);
+    const std::vector<std::pair<std::string, Json>> rows{{"0", nullptr}, {"1", nullptr}, {"2", "inner"}};
+    for (const auto& [part, subject] : rows) {
+        const Json json = Json::parse(run({"headers", "--json", "--part", part, path}).out);
+        EXPECT_EQ(json["subject"], subject) << part;
+        EXPECT_EQ(json["part"].dump(), part);
+    }
+    EXPECT_EQ(run({"headers", "--part", "3", path}).exit, 65);
+}
+
+}  // namespace
+}  // namespace vel::test
