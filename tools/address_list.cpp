@@ -1,6 +1,5 @@
 #include "tools/address_list.h"
 
-#include <array>
 #include <nlohmann/json.hpp>
 
 #include "tools/ascii.h"
@@ -12,6 +11,17 @@ namespace {
 // More than nearly every address has. The parser looks at all that it is given, so it is given no more
 // than it needs: a list of many addresses would take time that grows with its square.
 constexpr std::size_t kWindow = 256;
+
+// Closes a "[" that is open at the end of the window, as some "]" behind it does; the first of the two may
+// be escaped by what stands before it.
+constexpr std::string_view kEndMark = "]]";
+
+// The last one that no backslash stands before; npos when there is none.
+std::size_t last_closing_bracket(std::string_view text) {
+    std::size_t at = text.rfind(']');
+    while (at != std::string_view::npos && at > 0 && text[at - 1] == '\\') at = text.rfind(']', at - 1);
+    return at;
+}
 
 constexpr bool stands_between(char c) { return c == ',' || kBlanks.find(c) != std::string_view::npos; }
 
@@ -33,25 +43,24 @@ Json text_or_null(const char* text) { return text && *text ? Json(json_text(text
 }  // namespace
 
 AddressListReader::AddressListReader(std::string_view text)
-    : text_(text), changed_(text.substr(0, text.find('\0'))), last_bracket_(changed_.rfind(']')) {
+    : text_(text), changed_(text.substr(0, text.find('\0'))), last_closing_(last_closing_bracket(changed_)) {
     if (quotes_pair_up(changed_)) return;
     refusal_ = "the double quotes of the list do not pair up";
     changed_.clear();
 }
 
-// Parses the address at the position within a window that ends in "]" and NUL. When the parser stops before
-// them, the rest of the text would make no difference: the "]" keeps a "[" from looking unclosed.
+// Parses the address at the position within a window that an end mark and a NUL follow. When the parser
+// stops before them, the rest of the text would make no difference.
 const char* AddressListReader::parse(recipient& record) {
     char* const start = changed_.data() + at_;
-    for (std::size_t window = kWindow; window < changed_.size() - at_; window *= 2) {
+    for (std::size_t window = kWindow; window + kEndMark.size() < changed_.size() - at_; window *= 2) {
         char* const edge = start + window;
-        const bool closed_behind = last_bracket_ != std::string::npos && last_bracket_ >= at_ + window;
-        const std::array<char, 2> kept{edge[0], edge[1]};
-        edge[0] = closed_behind ? ']' : '\0';
-        edge[1] = '\0';
+        const std::string kept(edge, kEndMark.size() + 1);
+        const bool closed_behind = last_closing_ != std::string::npos && last_closing_ >= at_ + window;
+        kEndMark.copy(edge, closed_behind ? kEndMark.size() : 0);
+        edge[closed_behind ? kEndMark.size() : 0] = '\0';
         const char* const end = ParseAddr(start, &record);
-        edge[0] = kept[0];
-        edge[1] = kept[1];
+        kept.copy(edge, kept.size());
         if (end < edge) return end;
         Clear_RP(&record);
     }

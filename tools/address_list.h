@@ -46,8 +46,8 @@ class AddressListReader {
     Stretch stretch(std::size_t start, std::size_t end, const char* left_out) const;
 
     const std::string_view text_;
-    std::string changed_;  // the parser writes into it
-    const std::size_t last_bracket_;
+    std::string changed_;             // the parser writes into it
+    const std::size_t last_closing_;  // bracket
     const char* refusal_ = nullptr;
     std::size_t at_ = 0;
 };
