@@ -1,33 +1,26 @@
 #include "tools/private_copy.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <limits>
 
 #include "tools/blocks.h"
+#include "tools/scratch_file.h"
 
 namespace vel::command {
 namespace {
 
-constexpr mode_t kPrivate = 0600;
 constexpr uint32_t kFileEnd = std::numeric_limits<uint32_t>::max();
 
-// A new private file that is written from its start.
+// A new private file, no larger than a message may be.
 class Copy {
   public:
-    explicit Copy(Scratch& scratch)
-        : file_(scratch.new_path()),
-          fd_(::open(file_.path().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kPrivate)) {
-        if (!fd_) throw Failure::of_system_call(Exit::cannot_create, file_.path());
-    }
+    explicit Copy(Scratch& scratch) : file_(scratch) {}
 
     void write(std::string_view bytes) {
-        size_ += bytes.size();
-        if (is_too_large(size_)) throw_too_large();
-        waiting_ += bytes;
-        if (waiting_.size() >= kBlock) flush();
+        file_.write(bytes);
+        if (is_too_large(file_.size())) throw_too_large();
     }
 
     // The end of the file ends the range too.
@@ -42,22 +35,11 @@ class Copy {
         }
     }
 
-    PrivateFile finish() {
-        flush();
-        return std::move(file_);
-    }
+    PrivateFile finish() { return file_.finish(); }
 
   private:
-    void flush() {
-        if (!write_all(fd_.get(), waiting_)) throw Failure::of_system_call(Exit::io_error, file_.path());
-        waiting_.clear();
-    }
-
-    PrivateFile file_;
-    Descriptor fd_;
-    std::string waiting_;
+    ScratchFile file_;
     std::unique_ptr<char[]> block_ = std::make_unique<char[]>(kBlock);
-    uint64_t size_ = 0;
 };
 
 }  // namespace
