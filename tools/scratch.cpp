@@ -1,5 +1,6 @@
 #include "tools/scratch.h"
 
+#include <cstdio>
 #include <cstdlib>
 
 #include <chrono>
@@ -11,7 +12,9 @@
 namespace vel::command {
 namespace {
 
-// While another thread still writes, a directory may fill again under the hand that empties it.
+constexpr const char* kDoomed = "-";
+
+// A thread that was about to make a file in the directory may still do so.
 constexpr int kRemovalAttempts = 100;
 constexpr std::chrono::milliseconds kBetweenAttempts{1};
 
@@ -67,9 +70,12 @@ void Scratch::abandon() {
 
 void Scratch::remove() {
     if (directory_.empty()) return;
+    // Under another name, threads that still write no longer find it.
+    std::string doomed = directory_ + kDoomed;
+    if (std::rename(directory_.c_str(), doomed.c_str()) != 0) doomed = directory_;
     std::error_code failed;
     for (int attempt = 0; attempt < kRemovalAttempts; ++attempt) {
-        std::filesystem::remove_all(directory_, failed);
+        std::filesystem::remove_all(doomed, failed);
         if (!failed) break;
         std::this_thread::sleep_for(kBetweenAttempts);
     }

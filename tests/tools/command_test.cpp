@@ -162,6 +162,10 @@ TEST_F(CommandTest, AnswersWithTheExitCodesOfSysexits) {
         {{"extract", good}, kUsage, "vel: -o DIR is required"},
         {{"extract", good, "--stdout"}, kUsage, "vel: --stdout requires --part"},
         {{"extract", good, good, "--stdout", "--part", "0"}, kUsage, "vel: --stdout takes one FILE"},
+        {{"extract", good, "--stdout", "--part", "0", "-r"}, kUsage, "vel: --stdout takes one FILE"},
+        {{"extract", good, "--part", "-1", "-o", target()}, kUsage, "vel: --part: must not be negative"},
+        {{"help", "prase"}, kUsage, "vel: no verb \"prase\""},
+        {{"extract", missing, "-o", target() + "/new"}, kNoInput, "vel: " + missing},
         {{"extract", good, "--part", "one", "-o", target()}, kUsage, "vel: Could not convert: --part = one"},
         {{"parse", missing}, kNoInput, "vel: " + missing + ": No such file or directory"},
         {{"parse", ""}, kNoInput, "vel: \"\": No such file or directory"},
@@ -178,6 +182,10 @@ TEST_F(CommandTest, AnswersWithTheExitCodesOfSysexits) {
     }
     EXPECT_THAT(run({"--help"}).out, HasSubstr("extract"));
     EXPECT_THAT(run({"extract", "--help"}).out, HasSubstr("--whole-text"));
+    EXPECT_EQ(run({"help", "extract"}).out, run({"extract", "--help"}).out);
+    const int unreadable = ::open("/dev/null", O_WRONLY | O_CLOEXEC), out = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+    EXPECT_EQ(wait_for(start({"parse", "-"}, unreadable, out)), kNoInput);
+    for (const int fd : {unreadable, out}) ::close(fd);
     EXPECT_EQ(run({"--version"}).out, "vel 5.1.0\n");
     const Ended several = run({"parse", "--json", good, missing, good});
     EXPECT_EQ(std::count(several.out.begin(), several.out.end(), '\n'), 2);
