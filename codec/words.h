@@ -31,7 +31,7 @@ constexpr int bytes_before_mark(uint64_t marks) {
 }
 
 // Sixteen bytes, which compare in one step where the machine can.
-using Wide = uint8_t [[gnu::vector_size(16)]];
+using Wide [[gnu::vector_size(16)]] = uint8_t;
 constexpr std::ptrdiff_t kWide = sizeof(Wide);
 
 inline Wide load_wide(const uint8_t* from) {

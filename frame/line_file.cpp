@@ -19,10 +19,9 @@ static_assert(sizeof(void*) != 4 || sizeof(VEL_FILE) == 40);
 VEL_FILE* NewVEL_FILE() {
     vel::COwned<VEL_FILE> file(static_cast<VEL_FILE*>(std::calloc(1, sizeof(VEL_FILE))));
     if (!file) return nullptr;
-    vel::COwned<uint8_t> buffer(static_cast<uint8_t*>(std::malloc(vel::kBlock)));
-    vel::COwned<char> line(static_cast<char*>(std::malloc(vel::kLineMax + 1)));
+    vel::COwned<uint8_t> buffer(static_cast<uint8_t*>(std::calloc(1, vel::kBlock)));
+    vel::COwned<char> line(static_cast<char*>(std::calloc(1, vel::kLineMax + 1)));
     if (!buffer || !line) return nullptr;
-    *line = '\0';
     file->fd = -1;
     file->buf = buffer.release();
     file->line = line.release();
@@ -42,9 +41,10 @@ void DelVEL_FILE(VEL_FILE** file) {
 namespace vel {
 namespace {
 
-// Of a reader, flushpos tells whether the block in the buffer is as long as the file let it be.
-constexpr int32_t kWhole = 0;
-constexpr int32_t kCutShort = 1;  // return_to took its beginning away: a short block is not the end
+// Of a reader, flushpos tells how positions are taken.
+constexpr int32_t kByDescriptor = 0;  // the descriptor follows each one
+constexpr int32_t kInBlock = 1;       // it may stay behind the block
+constexpr int32_t kCutShort = 2;      // so it has: a short block is not the end
 
 }  // namespace
 
@@ -78,13 +78,13 @@ bool LineFile::read_behind(int32_t kept, const char* message) {
     }
     f_.cur = f_.buf + kept;
     f_.cnt = kept + static_cast<int32_t>(got);
-    f_.flushpos = kWhole;
+    if (f_.flushpos == kCutShort) f_.flushpos = kInBlock;
     return true;
 }
 
 // When the bytes that return_to has kept are used up, the block that begins with them is completed.
 bool LineFile::complete_block(const char* message) {
-    return f_.flushpos != kCutShort || f_.mode != 0 || !is_used_up() || read_behind(f_.cnt, message);
+    return f_.flushpos != kCutShort || !is_used_up() || read_behind(f_.cnt, message);
 }
 
 LineResult LineFile::next(std::string_view& line) {
@@ -108,7 +108,7 @@ LineResult LineFile::next(std::string_view& line) {
         std::memcpy(f_.line + length, f_.cur, taken);
         length += taken;
         pass(taken);
-        if (!complete_block("getline: ReadFile failed.")) return LineResult::error;
+        if (!complete && length < kLineMax && !complete_block("getline: ReadFile failed.")) return LineResult::error;
     }
     f_.line[length] = '\0';
     line = {f_.line, length};
@@ -175,8 +175,8 @@ void LineFile::empty_buffer() {
     f_.cnt = kBlock;
 }
 
-bool LineFile::write_blocks(const void* blocks, std::size_t count, const char* message) {
-    if (write_all(f_.fd, blocks, count * kBlock)) return true;
+bool LineFile::write_block(const uint8_t* block, const char* message) {
+    if (write_all(f_.fd, block, kBlock)) return true;
     log_text(kLogError, message);
     return false;
 }
@@ -204,15 +204,15 @@ int LineFile::put(std::string_view text) {
     if (!start_buffer()) return -1;
     if (const auto room = static_cast<std::size_t>(f_.cnt); text.size() >= room) {
         std::memcpy(f_.cur, text.data(), room);
-        if (!write_blocks(f_.buf, 1, kFailed)) return -1;
+        if (!write_block(f_.buf, kFailed)) return -1;
         f_.pos += static_cast<int32_t>(room);
         empty_buffer();
         text.remove_prefix(room);
         if (!take_real_offset() || would_overflow(text.size())) return -1;
-        const std::size_t whole = text.size() / kBlock;
-        if (!write_blocks(text.data(), whole, kFailed)) return -1;
-        f_.pos += static_cast<int32_t>(whole * kBlock);
-        text.remove_prefix(whole * kBlock);
+        for (; text.size() >= kBlock; text.remove_prefix(kBlock)) {
+            if (!write_block(reinterpret_cast<const uint8_t*>(text.data()), kFailed)) return -1;
+            f_.pos += kBlock;
+        }
     }
     std::memcpy(f_.cur, text.data(), text.size());
     f_.cur += text.size();
@@ -231,7 +231,7 @@ int LineFile::out(int character) {
     if (!start_buffer()) return -1;
     if (f_.cnt <= 0) {
         if (would_overflow(kBlock + 1)) return -1;
-        if (!write_blocks(f_.buf, 1, "outch: WriteFile failed.")) return -1;
+        if (!write_block(f_.buf, "outch: WriteFile failed.")) return -1;
         f_.pos += kBlock;  // Kept: these bytes were counted one by one before.
         empty_buffer();
     } else if (would_overflow(1)) {
@@ -246,7 +246,7 @@ int LineFile::out(int character) {
 void LineFile::drop_buffer() {
     f_.cur = nullptr;
     f_.cnt = 0;
-    if (f_.mode == 0) f_.flushpos = kWhole;
+    if (f_.flushpos == kCutShort && f_.mode == 0) f_.flushpos = kInBlock;
 }
 
 int LineFile::set_position(int32_t position) {
@@ -258,12 +258,16 @@ int LineFile::set_position(int32_t position) {
     return f_.pos = position;
 }
 
+void LineFile::take_descriptor() {
+    if (f_.mode == 0 && ::lseek(f_.fd, 0, SEEK_CUR) != -1) f_.flushpos = kInBlock;
+}
+
 int LineFile::return_to(int32_t position) {
-    if (needs_block()) return set_position(position);
+    if (needs_block() || f_.flushpos == kByDescriptor) return set_position(position);
     const int32_t began = f_.pos - static_cast<int32_t>(f_.cur - f_.buf);
     const int32_t passed = position - began;
     if (position < began || passed > f_.cnt) return set_position(position);
-    if (f_.cnt == kBlock) f_.flushpos = kCutShort;
+    f_.flushpos = kCutShort;
     f_.cnt -= passed;
     std::memmove(f_.buf, f_.buf + passed, static_cast<std::size_t>(f_.cnt));
     f_.cur = f_.buf;

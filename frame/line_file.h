@@ -47,9 +47,13 @@ class LineFile {
     int out(int character);
     int set_position(int32_t position);
 
-    // As set_position, but a position in the block that was read last costs no system call: the bytes
-    // behind it are kept. The descriptor's own offset stays behind them.
+    // As set_position. Behind take_descriptor a position in the block that was read last costs no system
+    // call: the bytes behind it are kept.
     int return_to(int32_t position);
+
+    // From now on nobody else looks at the descriptor's offset, so that return_to need not move it. Changes
+    // nothing for a file that cannot be positioned.
+    void take_descriptor();
 
     int position() const { return f_.pos; }
 
@@ -72,7 +76,7 @@ class LineFile {
     }
     bool is_used_up() const { return f_.cur == f_.buf + f_.cnt; }
     bool at_end() const { return is_used_up() && f_.cnt < kBlock; }
-    bool write_blocks(const void* blocks, std::size_t count, const char* message);
+    bool write_block(const uint8_t* block, const char* message);
     bool would_overflow(std::size_t more);
     bool start_buffer();
     void empty_buffer();

@@ -27,7 +27,7 @@ using SettingText = std::array<char, Size>;
 template <std::size_t Size>
 SettingText<Size> read(const Setting<Size>& setting) {
     SettingText<Size> text;
-    text[0] = '\0';
+    text.front() = text.back() = '\0';
     VELGetPrivateProfileString(setting.section, setting.key, setting.fallback, text.data(), int{Size}, iniFileName);
     return text;
 }
@@ -36,7 +36,7 @@ SettingText<Size> read(const Setting<Size>& setting) {
 template <std::size_t Size>
 SettingText<Size> read_directly(const Setting<Size>& setting) {
     SettingText<Size> text;
-    text[0] = '\0';
+    text.front() = text.back() = '\0';
     GetPrivateProfileString(setting.section, setting.key, setting.fallback, text.data(), int{Size}, iniFileName);
     return text;
 }

@@ -23,7 +23,8 @@ struct EmbeddedFile {
 
 enum class ScanState { text, in_uuencode, before_binhex_data, in_binhex_data };
 
-// Whether a line can mean anything in a state, by its first character; any other may be left out.
+// Whether a line can mean anything in a state, by its first character; any other may be left out. For both
+// sets of rules: a line that begins a uuencoded file begins with "b", with nothing before it.
 inline bool may_matter(ScanState state, std::string_view line) {
     const char first = line.empty() ? '\0' : ascii::to_lower(line.front());
     switch (state) {

@@ -75,7 +75,9 @@ class MessageParser {
           strict_(is(read(kStrictParsing), "YES")),
           size_(size_of(*file)),
           pool_(path),
-          record_(&pool_.add(0)) {}
+          record_(&pool_.add(0)) {
+        lines_.take_descriptor();
+    }
     MessageParser(const MessageParser&) = delete;
     MessageParser& operator=(const MessageParser&) = delete;
     ~MessageParser() { FreeMsgPool(&containers_); }

@@ -10,7 +10,7 @@
 
 #include "harness.h"
 
-enum { kReading = 1, kWriting = 2, kBuffered = 1 };
+enum { kReading = 1, kWriting = 2, kDirect = 0 };
 
 static void drop(void* context, int level, const char* application, const char* text) {
     (void)context, (void)level, (void)application, (void)text;
@@ -53,7 +53,7 @@ static long take_apart(const char* path, const char* folder) {
 /* Uuencode goes by lines, so its files are opened by libvel. */
 static int encode_uu(const char* input, const char* output) {
     const int in = open(input, O_RDONLY | O_CLOEXEC);
-    const int out = filecreate(output, kWriting, kBuffered);
+    const int out = filecreate(output, kWriting, kDirect);
     const int result = uuencode(in, out, "bench.dat", NULL);
     close(in);
     return fileclose(out) == 1 && result == 1 ? 0 : -1;

@@ -6,8 +6,8 @@
 namespace vel {
 namespace {
 
-// Low numbers are left to the program, which may count on getting 0, 1 or 2.
-constexpr int kLowestNumber = 10;
+// Low numbers are left to the program, which may count on getting 0, 1 or 2, or use those that it closed.
+constexpr int kLowestNumber = 200;
 
 // The kernel's own clock, which moves in steps; reading it is no system call.
 int64_t step_of_clock() {
@@ -29,8 +29,11 @@ HeldFile::~HeldFile() {
 bool HeldFile::stands_at(const char* path) {
     if (stamp_of(fd_) != stamp_) return false;
     const int64_t now = step_of_clock();
-    if (walked_at_.exchange(now, std::memory_order_relaxed) == now) return true;
-    return stamp_of(path) == stamp_;
+    const bool absolute = *path == '/';
+    if (absolute && walked_at_.load(std::memory_order_relaxed) == now) return true;
+    if (stamp_of(path) != stamp_) return false;
+    walked_at_.store(now, std::memory_order_relaxed);
+    return true;
 }
 
 }  // namespace vel

@@ -19,9 +19,9 @@ class HeldFile {
     HeldFile& operator=(const HeldFile&) = delete;
     ~HeldFile();
 
-    // Whether the file is still what it was and, as far as is known, where it was. A renamed directory or
-    // a changed symbolic link leaves no trace on it, so the path is walked once in each step of the
-    // kernel's clock, 1 to 10 ms.
+    // Whether the file is still what it was and, as far as is known, where it was. A path that has come to
+    // lead elsewhere leaves no trace on the file (a renamed directory, a changed symbolic link, a mount), so
+    // the path is walked once in each step of the kernel's clock, 1 to 10 ms, and a relative one each time.
     bool stands_at(const char* path);
 
   private:

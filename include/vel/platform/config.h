@@ -24,10 +24,10 @@ extern "C" {
      buffer        receives at most size - 1 bytes and a NUL; null or a size below 1 gives 0 and
                    writes nothing
      file          null gives the fallback
-   Returns the number of bytes stored, the NUL not counted. A file changed or replaced since the
-   last call is read again, always; one that a renamed directory or a changed symbolic link brings to the
-   path is read within 10 ms. Until then a read costs one fstat on a descriptor that is held for it. Keeps
-   errno. Any thread. */
+   Returns the number of bytes stored, the NUL not counted. A file changed, replaced or removed
+   since the last call is read again, always; where its path has come to lead elsewhere without that (a
+   directory was renamed, a symbolic link changed), within 10 ms. Until then a read costs little more than
+   one fstat, on a descriptor that is held for each of the last 8 files. Keeps errno. Any thread. */
 VEL_API int GetPrivateProfileString(const char* section, const char* key, const char* fallback, char* buffer, int size,
                                     const char* file);
 
