@@ -81,6 +81,7 @@ TEST_F(ManyFilesThreads, ChangeNothingButTheTime) {
     const std::string one = mail + "/01", missing = mail + "/none";
     expect_same_on_all_cores({"parse", "--json", "-v", "-r", mail, missing, mail});
     expect_same_on_all_cores({"parse", one, "-", one, missing, one, "-", one}, "Subject: x\r\n\r\nread once");
+    expect_same_on_all_cores({"parse", "-", "-", "-"}, "Subject: x\r\n\r\n" + std::string(10000000, 'x'));
     expect_same_on_all_cores({"extract", "--json", "-r", mail, "-o", target()});
     for (const char* limit : {"--max-bytes=300", "--max-files=17", "--max-bytes=0"}) {
         expect_same_on_all_cores({"extract", mail + "/00", "-r", mail, "-o", target(), limit});
@@ -154,9 +155,9 @@ TEST_F(FindFilesTest, TakesFilesInTheOrderOfTheirBytes) {
 }
 
 TEST_F(FindFilesTest, TakesOfAMaildirItsMessages) {
-    make({"m/cur/2:2,S", "m/cur/1", "m/cur/.nfs1", "m/cur/sub/1", "m/new/3", "m/tmp/4", "m/index.log", "m/.Sent/cur/5",
-          "m/.Sent/new/", "m/.Sent/tmp/6", "m/.Sent/.Old/cur/7", "m/.Sent/.Old/new/", "m/.Sent/.Old/tmp/", "m/.cache/8",
-          "m/courierimap/9"});
+    make({"m/cur/2:2,S", "m/cur/1", "m/cur/.nfs1", "m/cur/sub/1", "m/new/3", "m/tmp/cur/4", "m/tmp/new/", "m/tmp/tmp/",
+          "m/index.log", "m/.Sent/cur/5", "m/.Sent/new/", "m/.Sent/tmp/6", "m/.Sent/.Old/cur/7", "m/.Sent/.Old/new/",
+          "m/.Sent/.Old/tmp/", "m/.cache/8", "m/courierimap/9"});
     EXPECT_THAT(found("m"),
                 testing::ElementsAre("m/.Sent/.Old/cur/7", "m/.Sent/cur/5", "m/cur/1", "m/cur/2:2,S", "m/new/3"));
 }
