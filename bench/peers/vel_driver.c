@@ -10,7 +10,7 @@
 
 #include "harness.h"
 
-enum { kReading = 1, kWriting = 2, kDirect = 0 };
+enum { kWriting = 2, kDirect = 0 };
 
 static void drop(void* context, int level, const char* application, const char* text) {
     (void)context, (void)level, (void)application, (void)text;
@@ -24,7 +24,7 @@ static const char* start(void) {
 
 /* One open file serves all the leaves. */
 static long extract(const mime_msg_pool* pool, const char* path) {
-    const int message = CreateFile(path, kReading);
+    const int message = open(path, O_RDONLY | O_CLOEXEC);
     long leaves = 0;
     for (int i = 0; message != -1 && i < pool->count; i++) {
         MimeMsg* part = MimeGetMsg(pool, i);
@@ -33,7 +33,7 @@ static long extract(const mime_msg_pool* pool, const char* path) {
         leaves = file && leaves >= 0 ? leaves + 1 : -1;
         free(file);
     }
-    return CloseHandle(message) ? leaves : -1;
+    return close(message) == 0 ? leaves : -1;
 }
 
 static long count_leaves(const mime_msg_pool* pool) {
