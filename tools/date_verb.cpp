@@ -1,5 +1,6 @@
 // vel date: what the library makes of dates.
 #include <array>
+#include <cstdlib>
 #include <nlohmann/json.hpp>
 
 #include "tools/command_line.h"
@@ -49,7 +50,9 @@ void write_json(const std::string& text, const std::optional<DateReading>& date,
 }
 
 std::string zone_text(const DateReading& date, std::string_view text) {
-    const std::string minutes = std::to_string(date.time.zone) + " minutes east of UTC";
+    const std::string minutes = std::to_string(std::abs(date.time.zone))
+                                    .append(date.time.zone < 0 ? " minutes west" : " minutes east")
+                                    .append(" of UTC");
     switch (zone_source(date, text)) {
         case ZoneSource::missing: return "not given, counts as UTC";
         case ZoneSource::system: return minutes + ", the system's standard time";
