@@ -96,8 +96,7 @@ std::string address_text(const recipient& record) {
 
 std::string date_text(const date822& date, bool readable) {
     if (!date.time) return "not readable";
-    std::string text = normalized(*date.time);
-    if (!readable) text = "not readable; the library takes the current time, " + text;
+    std::string text = readable ? normalized(*date.time) : "not readable; the library takes the current time";
     if (!date.has_date) text += " (Resent-Date)";
     return text;
 }
@@ -116,7 +115,7 @@ Json date_json(const date822* date, bool readable) {
     if (!date) return {};
     Json object{
         {"has_date", date->has_date != 0}, {"has_resent_date", date->has_resent_date != 0}, {"readable", readable}};
-    if (date->time) object.update(time_json(*date->time));
+    if (date->time && readable) object.update(time_json(*date->time));
     return object;
 }
 

@@ -27,7 +27,8 @@ const std::string kFooter =
         "The JSON object: file, part (null: the message), normalized, messages (level, text), lines (of the block),\n"
         "status_line (where the Status field stands, or 0), then the fields: separator (\"From \"), date, from, ...,\n"
         "received, other; envelope, no_fields. What is absent is null. An address: kind, canonical, phrase, comment,\n"
-        "local, domain, text (as it stands). A date: has_date, has_resent_date, readable, and what vel date shows.\n"
+        "local, domain, text (as it stands). A date: has_date, has_resent_date, readable, and if it is\n"
+        "what vel date shows.\n"
         "The lines of a folded text are parted by CR LF TAB.\n"
         "\n") +
     kAboutJsonTexts;
