@@ -32,5 +32,6 @@
 #include "vel/mime.h"
 #include "vel/rfc822.h"
 #include "vel/types.h"
+#include "vel/words.h"
 
 #endif
