@@ -59,7 +59,7 @@ char* header_text(const MimeMsg& record) {
     std::string_view line;
     while (copy.ready() && copy.next(line)) {
         if (!is_envelope_line(line)) {
-            const COwned<char> decoded = decode_header_words(line.data());
+            const COwned<char> decoded = decode_header_words(line);
             copy.write(decoded ? decoded.get() : line);
         }
         if (copy.position() >= record.bodyStart) break;

@@ -117,8 +117,9 @@ VEL_API int MimeGetNumMultipartHeaders(const MimeMsg* record, int* counter);
    A body that fails to decode is delivered as it stands. */
 VEL_API char* MimeGetBody(MimeMsg* record, int raw, int fd);
 
-/* Writes one entity's header block through its blank line, without queue envelope lines. Null for a
-   headerStart not before bodyEnd. A multipart's runs on into the text before its first delimiter. */
+/* Writes one entity's header block through its blank line, without queue envelope lines. Each line is decoded
+   by itself as by rfc1522decoding; one that holds NUL stays as it stands. Null for a headerStart not before
+   bodyEnd. A multipart's runs on into the text before its first delimiter. */
 VEL_API char* MimeGetHeader(const MimeMsg* record);
 
 /* Writes a text body without the files embedded in it, which are its children. Null for an empty

@@ -132,6 +132,27 @@ TEST_F(BodyTest, header_blocks) {
     EXPECT_EQ(taken(MimeGetHeader(record(1))), "X: y//");
 }
 
+TEST_F(BodyTest, encoded_words_of_header_lines_are_decoded) {
+    using namespace std::string_literals;
+    set("Gateway", "LocalCharSet", "ISO-8859-1");
+    const auto header = [this](const std::string& lines) {
+        parse("MIME-Version: 1.0\r\n" + lines + "\r\nbody =?iso-8859-1?Q?=3D?=");
+        return taken(MimeGetHeader(record(0))).substr(sizeof "MIME-Version: 1.0/" - 1);
+    };
+    EXPECT_EQ(header("Subject: =?ISO-8859-1?Q?a=3Db?= =?ISO-8859-1?B?\r\n =?ISO-8859-1?B?QUI=?= =?utf-8?B?QQ==?=\r\n"),
+              "Subject: a=b =?ISO-8859-1?B?/ AB =?utf-8?B?QQ==?=//")
+        << "each line by itself";
+    EXPECT_EQ(header("A: =?iso-8859-1?Q?=41=00=0D=0A?=\r\nB: =?iso-8859-1?Q?=41?=\0\r\n"s),
+              "A: A/B: =?iso-8859-1?Q?=41?=\0//"s)
+        << "NUL ends a word, and keeps its line";
+    const std::string piece = "X: " + std::string(1000, 'x') + "=?iso-8859-1?Q?";
+    EXPECT_EQ(header(piece + "=41" + std::string(1024 - 3 - piece.size(), 'y') + "?= =?iso-8859-1?Q?=41?=\r\n"),
+              piece + "=41" + std::string(1024 - 3 - piece.size(), 'y') + "?= A//")
+        << "a long line comes in pieces";
+    set("Options", "Force1522Decoding", "YES");
+    EXPECT_EQ(header("Subject: =?utf-8?Q?=41?=\r\n"), "Subject: A//");
+}
+
 TEST_F(BodyTest, texts_without_the_files_embedded_in_them) {
     parse("MIME-Version: 1.0\r\n\r\na\r\nbegin 644 f\r\n#0V%T\r\n`\r\nend\r\nb\r\nbegin 1 g\r\nend\r\nc");
     EXPECT_EQ(taken(MimeGetBodyWithNoEmbeddedAttachment(record(0))), "a/b/c");
