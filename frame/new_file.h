@@ -22,6 +22,8 @@ class NewFile {
     // The pooled descriptor, for the descriptor calls.
     int handle() const { return handle_; }
 
+    const char* path() const { return path_.get(); }
+
     // Closes the file and hands its path over. Null when what is buffered cannot be written; the file
     // goes with this object then.
     char* keep();

@@ -27,6 +27,7 @@
 #ifndef VEL_VEL_H
 #define VEL_VEL_H
 
+#include "vel/binhex.h"
 #include "vel/codec.h"
 #include "vel/frame.h"
 #include "vel/mime.h"
