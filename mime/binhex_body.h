@@ -1,4 +1,4 @@
-// The seam for BinHex bodies.
+// Bodies of type "mac-binhex40".
 #ifndef VEL_MIME_BINHEX_BODY_H
 #define VEL_MIME_BINHEX_BODY_H
 
@@ -7,13 +7,10 @@
 
 namespace vel {
 
-// Decodes a BinHex body into a new file and names the record by it. Returns the file's path; null when
-// it does not decode, with the record's true name cleared. No decoder stands behind this yet, so every
-// body is such a one and is delivered as it stands.
-inline COwned<char> decode_binhex_body(MimeMsg& record, int /*input*/) {
-    clear_text(record.trueName);
-    return nullptr;
-}
+// Decodes a BinHex body into a new AppleSingle file and names the record by it. Returns the file's path; null when
+// it does not decode, with the record's true name cleared.
+//   input  reads the record's file, positioned at will
+COwned<char> decode_binhex_body(MimeMsg& record, int input);
 
 }  // namespace vel
 
