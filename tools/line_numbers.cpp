@@ -18,9 +18,9 @@ std::vector<uint64_t> line_numbers(const std::string& path, const std::vector<ui
     if (offsets.empty()) return lines;
     for_each_block(open_for_reading(path).get(), [&](std::string_view block) {
         for (; next != order.end() && offsets[*next] < position + block.size(); ++next) {
-            const std::size_t length = offsets[*next] - position;
-            line += static_cast<uint64_t>(
-                std::count(block.begin(), block.begin() + static_cast<std::ptrdiff_t>(length), '\n'));
+            const auto length = static_cast<std::size_t>(offsets[*next] - position);
+            const std::string_view before = block.substr(0, length);
+            line += static_cast<uint64_t>(std::count(before.begin(), before.end(), '\n'));
             block.remove_prefix(length);
             position += length;
             lines[*next] = line;
