@@ -30,6 +30,7 @@
 #include "vel/binhex.h"
 #include "vel/codec.h"
 #include "vel/frame.h"
+#include "vel/japanese.h"
 #include "vel/mime.h"
 #include "vel/rfc822.h"
 #include "vel/types.h"
