@@ -45,9 +45,13 @@ char* encoded(const char* text, Encode encode, const char* charset) {
     });
 }
 
+constexpr WordDecoding kEveryCharset{.charset = {}, .every_charset = true};
+
 COwned<char> decoded_by_settings(std::string_view value) {
+    const bool may_hold_word = value.find("=?") != value.npos;
+    if (!may_hold_word || is(read(kDecodesAll), "YES")) return decode_words(value, kEveryCharset);
     const SettingText<64> charset = read(kLocalCharset);
-    return decode_words(value, {.charset = charset.data(), .every_charset = is(read(kDecodesAll), "YES")});
+    return decode_words(value, {.charset = charset.data(), .every_charset = false});
 }
 
 }  // namespace
@@ -78,8 +82,7 @@ char* rfc1522decoding(const char* value) {
 
 char* rfc1522decoding_wmc(const char* value) {
     if (!value || !*value) return nullptr;
-    return vel::at_boundary<char*>(
-        nullptr, [=] { return vel::decode_words(value, {.charset = {}, .every_charset = true}).release(); });
+    return vel::at_boundary<char*>(nullptr, [=] { return vel::decode_words(value, vel::kEveryCharset).release(); });
 }
 
 char* Get1522Charset(const char* text) {
