@@ -29,21 +29,23 @@ constexpr Remainders kRemainders = [] {
 }();
 static_assert(kRemainders[0][1] == kPolynomial);
 
+unsigned joined(unsigned high, unsigned low) { return high << 8 | low; }
+
 unsigned remainder(unsigned byte, std::size_t bytes_behind) { return kRemainders[bytes_behind - 2][byte]; }
 
 }  // namespace
 }  // namespace vel
 
 uint16_t DoCRC(uint16_t crc, const uint8_t* bytes, std::size_t count) {
-    using vel::remainder;
+    using vel::joined, vel::remainder;
     for (; count >= vel::kStep; count -= vel::kStep, bytes += vel::kStep) {
         const unsigned ahead = remainder(crc >> 8, 9) ^ remainder(crc & 0xFF, 8);
         const unsigned taken = remainder(bytes[0], 7) ^ remainder(bytes[1], 6) ^ remainder(bytes[2], 5) ^
                                remainder(bytes[3], 4) ^ remainder(bytes[4], 3) ^ remainder(bytes[5], 2);
-        crc = static_cast<uint16_t>(ahead ^ taken ^ (bytes[6] << 8U | bytes[7]));
+        crc = static_cast<uint16_t>(ahead ^ taken ^ joined(bytes[6], bytes[7]));
     }
     for (; count > 0; --count, ++bytes) {
-        crc = static_cast<uint16_t>(remainder(crc >> 8, 2) ^ (crc << 8U | *bytes));
+        crc = static_cast<uint16_t>(remainder(crc >> 8, 2) ^ joined(crc, *bytes));
     }
     return crc;
 }
