@@ -1,8 +1,6 @@
 // Kept: an encoded word may stand in a quoted string, against RFC 1522 section 5 (encode_phrase).
 // Kept: a single word of any field, such as a subject, passes for an address; of several comments the last
 //       one stays, up to 255 characters of it (encode_value).
-#include <cstring>
-
 #include "codec/encoded_word_encoder.h"
 #include "frame/ascii.h"
 #include "frame/owned.h"

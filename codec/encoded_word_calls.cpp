@@ -1,8 +1,6 @@
 // The exported calls: one family works by the settings, the other by its argument.
 //
 // Kept: with a charset from the caller the encoding is always "B", and no blank is put before a comment.
-#include <cstring>
-
 #include "codec/encoded_word_decoder.h"
 #include "codec/encoded_word_encoder.h"
 #include "codec/encoded_word_reader.h"

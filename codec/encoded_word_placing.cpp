@@ -2,6 +2,7 @@
 // Kept: behind a line break the column counts as 3, not 1.
 // Kept: a "Q" text may be cut behind the "=" of an escape, and an escape that would just fit is left for the
 //       next word (q_room).
+// Kept: where the prefix fits and nothing of the text does, a word without text ends the line (room_for).
 // Kept: a text that fills its line is followed by a line break (place_words).
 #include "codec/encoded_word_placing.h"
 
@@ -39,8 +40,8 @@ std::int64_t least_piece(std::string_view text, WordMethod method) {
     return text.starts_with('=') ? kEscape : 1;
 }
 
-// How much of a text goes on the line; below 0 when the prefix alone is too long for it. Room for less than
-// a quantum too little counts as none.
+// How much of a text goes on the line; below 0 when the prefix alone is too long for it. Division cuts towards
+// 0, so that -3 is no room rather than less than none.
 std::int64_t room_for(std::string_view text, std::int64_t column, std::string_view prefix, WordMethod method) {
     const std::int64_t left = kLineBudget - size_of(prefix) - column;
     const std::int64_t room = method == WordMethod::b ? left / kQuantum * kQuantum : q_room(text, left);
