@@ -4,8 +4,8 @@
 #ifndef VEL_CODEC_JAPANESE_BYTES_H
 #define VEL_CODEC_JAPANESE_BYTES_H
 
-#include <cstdint>
-#include <string_view>
+#include "codec/bytes.h"
+#include "codec/words.h"
 
 namespace vel {
 
@@ -27,6 +27,22 @@ struct DoubleByte {
     uint8_t second;
     bool operator==(const DoubleByte&) const = default;
 };
+
+inline void put_pair(DoubleByte pair, Cursor& out) {
+    put_byte(out, pair.first);
+    put_byte(out, pair.second);
+}
+
+// The first byte that stops(bytes) holds of; it is asked of single bytes and of sixteen at once.
+template <class Stops>
+const uint8_t* first_of(const uint8_t* at, const uint8_t* end, Stops stops) {
+    for (; end - at >= kWide; at += kWide) {
+        const int before = bytes_before_wide_mark(stops(load_wide(at)));
+        if (before < kWide) return at + before;
+    }
+    while (at < end && !stops(*at)) ++at;
+    return at;
+}
 
 // Shift-JIS puts two rows of JIS behind one lead byte. From 0x9F on, trail bytes belong to the second.
 constexpr DoubleByte jis_of(DoubleByte sjis) {

@@ -15,28 +15,30 @@ constexpr std::string_view kLineEnd = "\r\n";
 constexpr std::size_t kOpenerSize = 2;  // "$B" without its ESC
 constexpr std::size_t kCloserSize = 2;  // "(J" without its ESC
 
-constexpr bool ends_line(uint8_t byte) { return byte == '\r' || byte == '\n'; }
-
-void put_pair(DoubleByte jis, Cursor& out) {
-    const DoubleByte sjis = sjis_of(jis);
-    put_byte(out, sjis.first);
-    put_byte(out, sjis.second);
+// Converts pairs, up to one that does not satisfy. Returns where it stopped.
+template <class Satisfies>
+const uint8_t* put_pairs(const uint8_t* at, const uint8_t* end, Cursor& out, Satisfies satisfies) {
+    Cursor to = out;
+    for (; end - at >= 2 && satisfies(at[0], at[1]); at += 2) put_pair(sjis_of({at[0], at[1]}), to);
+    out = to;
+    return at;
 }
+
+// Pairs without control characters, among which are line ends and ESC.
+const uint8_t* put_clean_pairs(const uint8_t* at, const uint8_t* end, Cursor& out) {
+    return put_pairs(at, end, out, [](uint8_t first, uint8_t second) { return first > kEscape && second > kEscape; });
+}
+
+constexpr bool ends_line(uint8_t byte) { return byte == '\r' || byte == '\n'; }
 
 }  // namespace
 
-// Copies what is neither a line end nor may begin a sequence.
+// Copies what is no control character and begins no repair.
 const uint8_t* JisDecoder::plain(const uint8_t* at, const uint8_t* end, Cursor& out) const {
-    const uint8_t* const start = at;
-    while (at < end && *at != kEscape && *at != '\r' && (*at != '$' || !repairs_)) ++at;
-    put_text(out, {reinterpret_cast<const char*>(start), static_cast<std::size_t>(at - start)});
-    return at;
-}
-
-const uint8_t* JisDecoder::whole_pairs(const uint8_t* at, const uint8_t* end, Cursor& out) const {
-    const auto breaks = [](uint8_t byte) { return byte == kEscape || ends_line(byte); };
-    for (; end - at >= 2 && !breaks(at[0]) && !breaks(at[1]); at += 2) put_pair({at[0], at[1]}, out);
-    return at;
+    const uint8_t damaged = repairs_ ? '$' : kEscape;
+    const auto* stop = first_of(at, end, [=](auto bytes) { return (bytes <= kEscape) | (bytes == damaged); });
+    put_text(out, {reinterpret_cast<const char*>(at), static_cast<std::size_t>(stop - at)});
+    return stop;
 }
 
 void JisDecoder::put_half(Cursor& out) {
@@ -50,7 +52,7 @@ void JisDecoder::text(uint8_t byte, Cursor& out) {
     } else if (double_ && half_ == -1) {
         half_ = byte;
     } else if (double_) {
-        put_pair({static_cast<uint8_t>(std::exchange(half_, -1)), byte}, out);
+        put_pair(sjis_of({static_cast<uint8_t>(std::exchange(half_, -1)), byte}), out);
     } else if (byte == '$' && repairs_) {
         phase_ = Phase::dollar;
     } else {
@@ -116,7 +118,7 @@ void JisDecoder::damaged_paren(uint8_t byte, Cursor& out) {
 void JisDecoder::repair(std::size_t behind, Cursor& out) {
     const Bytes pairs = bytes_of(held_).subspan(kOpenerSize, held_.size() - kOpenerSize - behind);
     const uint8_t* const end = pairs.data() + pairs.size();
-    const uint8_t* const half = whole_pairs(pairs.data(), end, out);
+    const uint8_t* const half = put_pairs(pairs.data(), end, out, [](auto...) { return true; });
     if (half < end) put_byte(out, *half);
     phase_ = Phase::text;
 }
@@ -168,7 +170,7 @@ void JisDecoder::more(Bytes in, Cursor& out) {
     const uint8_t* at = in.data();
     const uint8_t* const end = at + in.size();
     while (at < end) {
-        if (phase_ == Phase::text && half_ == -1) at = double_ ? whole_pairs(at, end, out) : plain(at, end, out);
+        if (phase_ == Phase::text && half_ == -1) at = double_ ? put_clean_pairs(at, end, out) : plain(at, end, out);
         if (at < end) step(*at++, out);
     }
 }

@@ -4,7 +4,6 @@
 
 #include <string>
 
-#include "codec/bytes.h"
 #include "codec/japanese_bytes.h"
 
 namespace vel {
@@ -41,7 +40,6 @@ class JisDecoder {
     };
 
     const uint8_t* plain(const uint8_t* at, const uint8_t* end, Cursor& out) const;
-    const uint8_t* whole_pairs(const uint8_t* at, const uint8_t* end, Cursor& out) const;
     void step(uint8_t byte, Cursor& out);
     void text(uint8_t byte, Cursor& out);
     void escape(uint8_t byte);

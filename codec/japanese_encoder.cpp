@@ -6,21 +6,11 @@
 #include <utility>
 
 #include "codec/japanese_half_width.h"
-#include "codec/words.h"
 
 namespace vel {
 namespace {
 
 constexpr uint8_t kFirstHigh = 0x80;
-
-const uint8_t* end_of_ascii(const uint8_t* at, const uint8_t* end) {
-    for (; end - at >= kWide; at += kWide) {
-        const int plain = bytes_before_wide_mark(load_wide(at) >= kFirstHigh);
-        if (plain < kWide) return at + plain;
-    }
-    while (at < end && *at < kFirstHigh) ++at;
-    return at;
-}
 
 }  // namespace
 
@@ -34,13 +24,11 @@ void JisEncoder::close(Cursor& out) {
 
 void JisEncoder::put_double(DoubleByte sjis, Cursor& out) {
     open(out);
-    const DoubleByte jis = jis_of(sjis);
-    put_byte(out, jis.first);
-    put_byte(out, jis.second);
+    put_pair(jis_of(sjis), out);
 }
 
 const uint8_t* JisEncoder::ascii(const uint8_t* at, const uint8_t* end, Cursor& out) {
-    const uint8_t* const stop = end_of_ascii(at, end);
+    const uint8_t* const stop = first_of(at, end, [](auto bytes) { return bytes >= kFirstHigh; });
     if (stop == at) return at;
     started_ = true;
     close(out);
@@ -49,10 +37,13 @@ const uint8_t* JisEncoder::ascii(const uint8_t* at, const uint8_t* end, Cursor& 
 }
 
 const uint8_t* JisEncoder::whole_pairs(const uint8_t* at, const uint8_t* end, Cursor& out) {
-    for (; end - at >= 2 && is_lead(at[0]) && is_trail(at[1]); at += 2) {
-        started_ = true;
-        put_double({at[0], at[1]}, out);
-    }
+    const auto is_pair = [=](const uint8_t* two) { return end - two >= 2 && is_lead(two[0]) && is_trail(two[1]); };
+    if (!is_pair(at)) return at;
+    started_ = true;
+    open(out);
+    Cursor to = out;
+    for (; is_pair(at); at += 2) put_pair(jis_of({at[0], at[1]}), to);
+    out = to;
     return at;
 }
 

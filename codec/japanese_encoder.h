@@ -2,7 +2,6 @@
 #ifndef VEL_CODEC_JAPANESE_ENCODER_H
 #define VEL_CODEC_JAPANESE_ENCODER_H
 
-#include "codec/bytes.h"
 #include "codec/japanese_bytes.h"
 
 namespace vel {

@@ -4,24 +4,14 @@
 #include <locale.h>
 #include <sys/stat.h>
 
-#include "codec/japanese_decoder.h"
-#include "codec/japanese_encoder.h"
 #include "codec/japanese_half_width.h"
 #include "tests/codec/codec_calls.h"
+#include "tests/codec/japanese_codecs.h"
 
 namespace vel::test {
 namespace {
 
 using namespace std::string_literals;
-
-struct MarkingEncoder : JisEncoder {
-    MarkingEncoder() : JisEncoder("<?>") {}
-    static constexpr std::size_t room(std::size_t input) { return JisEncoder::room(input, 3); }
-};
-
-struct RepairingDecoder : JisDecoder {
-    RepairingDecoder() : JisDecoder(true) {}
-};
 
 struct Row {
     const char* what;
