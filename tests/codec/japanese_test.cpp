@@ -28,7 +28,7 @@ void converts(const std::vector<Row>& rows) {
     }
 }
 
-// The C library's view; not there when these character sets are not installed, as under 32 bits.
+// The C library's view; not there when its character sets are not installed.
 class Converter {
   public:
     Converter(const char* from, const char* to) : converter_(::iconv_open(to, from)) {}
