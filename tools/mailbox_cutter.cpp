@@ -20,6 +20,9 @@ std::string_view blank_line(std::string_view line) {
     return {};
 }
 
+// A line that is too long to be held is text, whatever it begins with: where a block ends must not matter.
+bool is_blank(std::string_view line) { return line.size() <= kLongestSeparator && trimmed(line).empty(); }
+
 bool is_separator(std::string_view line) {
     if (!line.starts_with(kSeparator) || line.size() > kLongestSeparator) return false;
     return isNextMsgHeader(std::string(line).c_str()) != 0;
@@ -64,7 +67,7 @@ void MailboxCutter::feed_piece(std::string_view piece) {
 
 void MailboxCutter::take_beginning(std::string_view line) {
     if (take_separator(line)) return;
-    if (!in_message_ && trimmed(line).empty()) return;
+    if (!in_message_ && is_blank(line)) return;
     if (!in_message_) {
         in_message_ = true;
         sink_.begin({}, line_start_);
