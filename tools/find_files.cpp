@@ -72,6 +72,7 @@ class Walk {
     explicit Walk(std::vector<FoundFile>& found) : found_(found) {}
 
     void run(const std::string& directory) {
+        const std::size_t before = found_.size();
         ahead_.push_back({directory, Role::any});
         while (!ahead_.empty()) {
             const Step step = std::move(ahead_.back());
@@ -82,14 +83,15 @@ class Walk {
                 enter(step);
             }
         }
+        if (found_.size() == before) found_.push_back({directory, "no files are found in it"});
     }
 
   private:
     enum class Role {
         file,
         any,
-        messages,    // cur or new of a Maildir
-        sub_folder,  // of a Maildir: counts only when it is one too
+        messages,  // cur or new of a Maildir
+        maildir,   // counts only when it is one
     };
 
     struct Step {
@@ -104,11 +106,11 @@ class Walk {
             return;
         }
         const bool maildir = step.role != Role::messages && is_maildir(entries);
-        if (step.role == Role::sub_folder && !maildir) return;
+        if (step.role == Role::maildir && !maildir) return;
         for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry) {
             if (maildir) {
                 add_of_maildir(step.path, *entry);
-            } else if (!entry->name.starts_with('.')) {
+            } else {
                 add(step.path, *entry, step.role);
             }
         }
@@ -117,13 +119,14 @@ class Walk {
     void add_of_maildir(const std::string& directory, const Entry& entry) {
         if (entry.kind != Kind::directory || entry.name == "tmp") return;
         const bool messages = entry.name == "cur" || entry.name == "new";
-        ahead_.push_back({path_of(directory, entry.name), messages ? Role::messages : Role::sub_folder});
+        ahead_.push_back({path_of(directory, entry.name), messages ? Role::messages : Role::maildir});
     }
 
     void add(const std::string& directory, const Entry& entry, Role role) {
-        if (entry.kind == Kind::file) ahead_.push_back({path_of(directory, entry.name), Role::file});
+        const bool hidden = entry.name.starts_with('.');
+        if (entry.kind == Kind::file && !hidden) ahead_.push_back({path_of(directory, entry.name), Role::file});
         if (entry.kind == Kind::directory && role == Role::any) {
-            ahead_.push_back({path_of(directory, entry.name), Role::any});
+            ahead_.push_back({path_of(directory, entry.name), hidden ? Role::maildir : Role::any});
         }
     }
 

@@ -142,15 +142,18 @@ class FindFilesTest : public VelTest {
 };
 
 TEST_F(FindFilesTest, TakesFilesInTheOrderOfTheirBytes) {
-    make({"d/b", "d/B", "d/a/z", "d/a/y/x", "d/a-b", "d/\xe9", "d/.hidden", "d/.git/config", "d/cur/m", "d/new/m"});
+    make({"d/b", "d/B", "d/a/z", "d/a/y/x", "d/a-b", "d/\xe9", "d/.hidden", "d/.git/config", "d/cur/m", "d/new/m",
+          "d/.Sent/cur/1", "d/.Sent/new/", "d/.Sent/tmp/"});
     std::filesystem::create_symlink(directory() / "d/b", directory() / "d/link");
     std::filesystem::create_symlink(directory() / "d", directory() / "d/loop");
     ASSERT_EQ(::mkfifo((directory() / "d/pipe").c_str(), 0600), 0);
     make({"empty/"});
-    EXPECT_THAT(found("d"),
-                testing::ElementsAre("d/B", "d/a/y/x", "d/a/z", "d/a-b", "d/b", "d/cur/m", "d/new/m", "d/\xe9"));
+    EXPECT_THAT(found("d"), testing::ElementsAre("d/.Sent/cur/1", "d/B", "d/a/y/x", "d/a/z", "d/a-b", "d/b", "d/cur/m",
+                                                 "d/new/m", "d/\xe9"));
     EXPECT_THAT(found("d/loop/a/"), testing::ElementsAre("d/loop/a/y/x", "d/loop/a/z"));
-    EXPECT_THAT(found("empty"), testing::IsEmpty());
+    const auto empty = command::find_files({(directory() / "empty").string()}, true);
+    ASSERT_EQ(empty.size(), 1u);
+    EXPECT_EQ(empty[0].trouble, "no files are found in it");
     EXPECT_THAT(found("d/link"), testing::ElementsAre("d/link"));
 }
 
