@@ -41,10 +41,16 @@ std::string progress_text(Progress::Unit unit, uint64_t done, uint64_t total, do
 }
 
 Progress::Progress(Streams& streams, Unit unit, uint64_t total)
-    : streams_(streams), unit_(unit), total_(total), draws_(Streams::can_draw()), next_(start_ + kPatience) {}
+    : streams_(streams),
+      unit_(unit),
+      total_(total),
+      draws_((unit == Unit::bytes || total > 1) && streams.take_status_line()),
+      next_(start_ + kPatience) {}
 
 Progress::~Progress() {
-    if (draws_) streams_.draw({});
+    if (!draws_) return;
+    streams_.draw({});
+    streams_.give_back_status_line();
 }
 
 void Progress::tick() {

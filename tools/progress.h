@@ -12,8 +12,8 @@
 
 namespace vel::command {
 
-// Draws nothing before half a second has passed, nothing at all when standard error is no terminal. Any
-// thread may call. For a file that is read in one go:
+// Draws nothing before half a second has passed, nothing at all when standard error is no terminal, inside
+// another one, or where one file is all there is to count. Any thread may call. For a file that is read in one go:
 //   Progress progress(session.output.streams(), Progress::Unit::bytes, size);
 //   progress.advance(block.size());
 class Progress {

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <system_error>
@@ -24,6 +25,10 @@ void Pieces::add(int fd, std::string_view bytes) {
     size_ += bytes.size();
 }
 
+bool Pieces::has(int fd) const {
+    return std::any_of(all_.begin(), all_.end(), [&](const Piece& piece) { return piece.fd == fd; });
+}
+
 void occupy_standard_descriptors() {
     for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (::fcntl(fd, F_GETFD) != -1 || errno != EBADF) continue;
@@ -34,7 +39,7 @@ void occupy_standard_descriptors() {
 void Streams::write(const Pieces& pieces) {
     const std::lock_guard held(mutex_);
     if (silent_ || pieces.empty()) return;
-    erase();
+    if (shares_terminal_ || pieces.has(STDERR_FILENO)) erase();
     for (const Pieces::Piece& piece : pieces.all_) write_locked(piece.fd, piece.bytes);
 }
 
@@ -51,6 +56,8 @@ void Streams::break_off(int error) {
     failed_ = true;
     write_all(STDERR_FILENO, "vel: standard output: " + std::generic_category().message(error) + "\n");
 }
+
+Streams::Streams() : shares_terminal_(::isatty(STDOUT_FILENO) == 1) {}
 
 bool Streams::can_draw() {
     const char* terminal = std::getenv("TERM");

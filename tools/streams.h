@@ -24,6 +24,7 @@ class Pieces {
     void add(int fd, std::string_view bytes);
     std::size_t size() const { return size_; }
     bool empty() const { return size_ == 0; }
+    bool has(int fd) const;
 
   private:
     friend class Streams;
@@ -42,6 +43,8 @@ void occupy_standard_descriptors();
 // Any thread may call any of these.
 class Streams {
   public:
+    Streams();
+
     // From now on standard output that breaks does not end the run. A reader that has gone is no failure
     // then; any other error is told once and counts in the end.
     void go_on_without_reader() { goes_on_ = true; }
@@ -50,10 +53,12 @@ class Streams {
     // Throws BrokenOutput, once, unless told to go on.
     void write(const Pieces& pieces);
 
-    // Whether a status line may be drawn: standard error is a terminal that can.
-    static bool can_draw();
+    // Takes the status line for the caller. False when somebody has it or it cannot be drawn: standard error
+    // must be a terminal that can.
+    bool take_status_line() { return can_draw() && !taken_.exchange(true); }
+    void give_back_status_line() { taken_ = false; }
 
-    // Draws a line over the last one; whatever is written next erases it. Empty: erases it.
+    // Draws a line over the last one; whatever comes to the terminal next erases it. Empty: erases it.
     void draw(std::string_view line);
 
     // Lets nothing more be written: for a run that is being interrupted, whose threads would complain
@@ -62,11 +67,14 @@ class Streams {
 
   private:
     void write_locked(int fd, std::string_view bytes);
+    static bool can_draw();
     void erase();
     void break_off(int error);
 
     std::mutex mutex_;
+    const bool shares_terminal_;  // standard output is a terminal too, so what goes there meets the line
     bool drawn_ = false;
+    std::atomic<bool> taken_ = false;
     std::atomic<bool> silent_ = false;
     std::atomic<bool> goes_on_ = false;
     std::atomic<bool> failed_ = false;
