@@ -37,8 +37,8 @@ class Destination {
     // Whether the limits leave room for another file of a size.
     bool has_room(uint64_t size) const { return left_.files > 0 && size <= left_.bytes; }
 
-    // Moves a file that was prepared into the directory under a safe name; a number is added when the name is taken, nothing
-    // is ever overwritten. Returns the path. Throws Failure.
+    // Moves a file that was prepared into the directory under a safe name; a number is added when the name is
+    // taken, nothing is ever overwritten. Returns the path. Throws Failure.
     std::string place(const std::string& name, const char* file, uint64_t size);
 
   private:

@@ -16,9 +16,9 @@ struct Input {
     std::vector<PrivateFile> copies;  // removed with this
 };
 
-// Opens a message by its name, "-" being standard input, which is read in the file's turn. Standard input and what is no regular file are
-// copied; so is a message whose header lines end in bare LF, with CR LF. Throws Failure: no_input for
-// what cannot be read, bad_data for a message of 2 GiB or more.
+// Opens a message by its name, "-" being standard input, which is read in the file's turn. Standard input and
+// what is no regular file are copied; so is a message whose header lines end in bare LF, with CR LF. Throws
+// Failure: no_input for what cannot be read, bad_data for a message of 2 GiB or more.
 Input open_input(const std::string& name, Session& session);
 
 // Whether a line of the header block, its blank line included, ends in bare LF.
