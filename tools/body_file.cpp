@@ -6,6 +6,7 @@
 #include "tools/blocks.h"
 #include "tools/entity.h"
 #include "tools/exit_code.h"
+#include "tools/library_scratch.h"
 
 namespace vel::command {
 namespace {
@@ -34,37 +35,38 @@ bool is_as_stored(const MimeMsg& record, const ResultFile& file) {
     return same_bytes && (escapes || !is_quoted_printable(record));
 }
 
-ResultFile checked(char* path) {
-    if (!path) throw Failure(Exit::io_error, "a body cannot be written to the temporary directory");
+ResultFile checked(char* path, const LibraryScratch& written_to) {
+    if (!path) throw written_to.failure();
     return ResultFile(path);
 }
 
 // The end that the parser computes for an empty body may stand before its start, which the library refuses.
-ResultFile whole_body(MimeMsg& record, Form form) {
+ResultFile whole_body(MimeMsg& record, Form form, const LibraryScratch& written_to) {
     const uint32_t computed_end = record.bodyEnd;
     record.bodyEnd = end_of_body(record);
     char* path = MimeGetBody(&record, form == Form::raw, kOwnDescriptor);
     record.bodyEnd = computed_end;
-    return checked(path);
+    return checked(path, written_to);
 }
 
 // What the library leaves of such a text is still encoded.
-BodyFile text_around_files(const MimeMsg& record) {
-    const ResultFile text = checked(MimeGetBodyWithNoEmbeddedAttachment(&record));
+BodyFile text_around_files(const MimeMsg& record, const LibraryScratch& written_to) {
+    const ResultFile text = checked(MimeGetBodyWithNoEmbeddedAttachment(&record), written_to);
     MimeMsg remainder{};
     remainder.fileName = text.get();
     remainder.contentTransferEncoding = record.contentTransferEncoding;
     remainder.bodyEnd = static_cast<uint32_t>(size_of(text));
-    ResultFile file = checked(MimeGetBody(&remainder, 0, kOwnDescriptor));
+    ResultFile file = checked(MimeGetBody(&remainder, 0, kOwnDescriptor), written_to);
     const bool decoded = !is_as_stored(remainder, file);
     return {std::move(file), decoded};
 }
 
 }  // namespace
 
-BodyFile write_body(MimeMsg& record, Form form) {
-    if (form == Form::decoded && has_embedded_files(record)) return text_around_files(record);
-    ResultFile file = whole_body(record, form);
+BodyFile write_body(MimeMsg& record, Form form, Scratch& scratch) {
+    const LibraryScratch written_to(scratch);
+    if (form == Form::decoded && has_embedded_files(record)) return text_around_files(record, written_to);
+    ResultFile file = whole_body(record, form, written_to);
     if (form == Form::raw) return {std::move(file), false};
     const bool decoded = !is_as_stored(record, file);
     return {std::move(file), decoded};

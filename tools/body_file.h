@@ -3,6 +3,7 @@
 #define VEL_TOOLS_BODY_FILE_H
 
 #include "tools/library_owned.h"
+#include "tools/scratch.h"
 
 namespace vel::command {
 
@@ -17,9 +18,9 @@ struct BodyFile {
     bool decoded;  // false: the body calls for a decoding that has failed, or was not asked for
 };
 
-// Writes a body into the private directory; the record learns its true name. Throws Failure when it cannot
-// be written.
-BodyFile write_body(MimeMsg& record, Form form);
+// Writes a body into a private directory; the record learns its true name. Throws Failure when it cannot be
+// written.
+BodyFile write_body(MimeMsg& record, Form form, Scratch& scratch);
 
 // The body calls for a decoding that changes every text but, in quoted-printable, one without "=".
 bool is_encoded(const MimeMsg& record);

@@ -1,5 +1,4 @@
 // vel check: what is wrong with messages.
-#include <algorithm>
 #include <nlohmann/json.hpp>
 
 #include "tools/command_line.h"
@@ -68,27 +67,34 @@ void write_json(const ParsedMessage& message, const std::vector<Finding>& findin
     output.write(one_line(object).append("\n"));
 }
 
+Exit exit_of(const std::vector<Finding>& findings) {
+    Exit exit = Exit::success;
+    for (const Finding& finding : findings) {
+        if (finding.severity == Severity::fault) exit = worse(exit, finding.exit);
+    }
+    return exit;
+}
+
 }  // namespace
 
 Exit run_check(Arguments arguments, Session& main) {
     CommandLine line("check", "Tells what is wrong with messages, and where.", kFooter);
     line.add_files();
     line.add_json();
-    line.add_parse_options();
+    line.add_nested();
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
     return for_each_file(line, main, [&](const std::string& file, Session& session) {
         const ParsedMessage message = read_message(file, line.parse_options, session);
-        const SettingInForce library_writes_there("Gateway", "TemporaryDirectory", session.scratch.directory().c_str());
         const std::vector<Finding> findings = findings_of(message, line.parse_options, session);
-        const bool clean = std::none_of(findings.begin(), findings.end(),
-                                        [](const Finding& f) { return f.severity == Severity::fault; });
+        const Exit exit = exit_of(findings);
+        const bool clean = exit == Exit::success;
         if (line.json) {
             write_json(message, findings, clean, session.output);
         } else {
             for (const Finding& finding : findings) print(file, finding, session.output);
             if (clean) session.output.write(visible(file) + ": no fault\n");
         }
-        return clean ? Exit::success : Exit::bad_data;
+        return exit;
     });
 }
 

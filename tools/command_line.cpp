@@ -5,14 +5,29 @@
 namespace vel::command {
 namespace {
 
-// The option parser takes an argument in brackets for a list, unless something stands before them.
+// The option parser takes a value in brackets for a list, unless something stands before them.
 constexpr char kGuard = '\x01';
 
+// Wherever in an argument its value begins, "-oVALUE" or "--output=VALUE".
 void guard(std::string& argument) {
-    if (argument.starts_with('[') && argument.ends_with(']')) argument.insert(0, 1, kGuard);
+    std::string guarded;
+    for (const char c : argument) {
+        if (c == '[' || c == kGuard) guarded += kGuard;
+        guarded += c;
+    }
+    argument = std::move(guarded);
 }
 
-std::string unguarded(const std::string& value) { return value.substr(value.starts_with(kGuard)); }
+// Every second one of a run is the argument's own.
+std::string unguarded(const std::string& value) {
+    std::string text;
+    bool guards = false;
+    for (const char c : value) {
+        guards = c == kGuard && !guards;
+        if (!guards) text += c;
+    }
+    return text;
+}
 
 // It would wrap to a very large one.
 std::string not_negative(const std::string& number) {
@@ -32,20 +47,30 @@ CommandLine::CommandLine(const std::string& verb, const std::string& description
     app_.footer(footer);
 }
 
-void CommandLine::add_files() {
-    app_.add_option("FILE", files, "Messages; \"-\" is standard input")->required()->type_name("");
-    app_.add_flag("-r,--recursive", recursive, "Of a directory, read the Maildir or all files in it and below");
+void CommandLine::add_files(const char* name, const char* what) {
+    app_.add_option(name, files, std::string(what) + "; \"-\" is standard input")->required()->type_name("");
+    app_.add_flag("-r,--recursive", recursive,
+                  "Of a directory, read the Maildir or all files in it and below, but no links and nothing hidden save "
+                  "Maildirs");
 }
 
 void CommandLine::add_texts() {
     app_.add_option("TEXT", texts, "Texts; \"-\" is standard input, a text a line")->required()->type_name("");
 }
 
-void CommandLine::add_json() { app_.add_flag("--json", json, "One object a line"); }
+void CommandLine::add_json() {
+    const bool has_files = app_.get_option_no_throw("--recursive") != nullptr;
+    app_.add_flag("--json", json,
+                  has_files ? "One object a line; of a file that must be given up, one with file and error"
+                            : "One object a line");
+}
 
-void CommandLine::add_parse_options() {
+void CommandLine::add_nested() {
     app_.add_flag_callback(
         "--no-nested", [this] { parse_options.nested = false; }, "Leave enclosed messages (message/rfc822) whole");
+}
+
+void CommandLine::add_verbose() {
     app_.add_flag_callback(
         "-v,--verbose", [this] { parse_options.level = kEveryLevel; },
         "Show all that the library says, not only what is wrong");
@@ -62,7 +87,7 @@ std::optional<Exit> CommandLine::read(Arguments arguments, Session& session) {
         session.output.write(app_.help());
         return Exit::success;
     } catch (const CLI::ParseError& error) {
-        return misuse(error.what(), session);
+        return misuse(unguarded(error.what()), session);
     }
 }
 

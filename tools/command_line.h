@@ -21,10 +21,12 @@ class CommandLine {
     // The verb's name, what it does, and what stands below the options in its help.
     CommandLine(const std::string& verb, const std::string& description, const std::string& footer);
 
-    void add_files();          // FILE..., --recursive
-    void add_texts();          // TEXT...
-    void add_json();           // --json
-    void add_parse_options();  // --no-nested, --verbose
+    // FILE... under another name perhaps, --recursive
+    void add_files(const char* name = "FILE", const char* what = "Messages");
+    void add_texts();    // TEXT...
+    void add_json();     // --json
+    void add_nested();   // --no-nested
+    void add_verbose();  // --verbose
 
     // For options of the verb's own.
     CLI::App& app() { return app_; }

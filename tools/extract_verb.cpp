@@ -113,9 +113,10 @@ void complain_about(const ParsedMessage& message, const Extraction& extraction, 
     }
 }
 
-void print_body(const ParsedMessage& message, const Options& options, Output& output) {
+void print_body(const ParsedMessage& message, const Options& options, Session& session) {
+    Output& output = session.output;
     MimeMsg& record = wanted_part(message, *options.part);
-    const BodyFile body = write_body(record, options.form());
+    const BodyFile body = write_body(record, options.form(), session.scratch);
     if (!body.decoded && !options.raw) output.complain(message.name, "the part does not decode; written as it stands");
     for_each_block(open_for_reading(body.file.get()).get(), [&](std::string_view block) {
         output.write(block);
@@ -130,7 +131,8 @@ Exit run_extract(Arguments arguments, Session& main) {
     Options options;
     line.add_files();
     line.add_json();
-    line.add_parse_options();
+    line.add_nested();
+    line.add_verbose();
     declare(line.app(), options);
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
     if (const std::string wrong = misuse(options, line); !wrong.empty()) return line.misuse(wrong, main);
@@ -142,10 +144,8 @@ Exit run_extract(Arguments arguments, Session& main) {
     return for_each_file(line, main, [&](const std::string& file, Session& session) {
         const ParsedMessage message = parse_message(file, line.parse_options, session);
         const Exit exit = message.fallback == Fallback::none ? Exit::success : Exit::bad_data;
-        Scratch& scratch = destination ? destination->scratch() : session.scratch;
-        const SettingInForce library_writes_there("Gateway", "TemporaryDirectory", scratch.directory().c_str());
         if (!destination) {
-            print_body(message, options, session.output);
+            print_body(message, options, session);
             return exit;
         }
         const Extraction extraction = extract(message, options.part, options.form(), *destination, session.output);

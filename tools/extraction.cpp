@@ -77,7 +77,7 @@ class Extractor {
 
   private:
     void decode(Part& part) {
-        part.body = write_body(message_.record(part.index), part.form);
+        part.body = write_body(message_.record(part.index), part.form, destination_.scratch());
         part.size = size_of(part.body->file);
     }
 

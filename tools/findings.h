@@ -18,12 +18,13 @@ enum class Severity {
 
 struct Finding {
     Severity severity;
-    Range range;                // in message.file; its end is its start where only the place is known
-    std::string what;           // one plain sentence, without what is in the message
-    std::string said = {};      // the library's own text; or empty
-    std::string field = {};     // the header field's name; or empty
-    std::optional<int> part{};  // its index
-    uint64_t line = 0;          // of the range's start, from 1
+    Range range;                 // in message.file; its end is its start where only the place is known
+    std::string what;            // one plain sentence, without what is in the message
+    std::string said = {};       // the library's own text; or empty
+    std::string field = {};      // the header field's name; or empty
+    std::optional<int> part{};   // its index
+    uint64_t line = 0;           // of the range's start, from 1
+    Exit exit = Exit::bad_data;  // of a fault: io_error when it is not the message's
 };
 
 // Looks at header fields, at what belongs to no entity and at every body, in the order of the file. So

@@ -4,6 +4,7 @@
 #include "tools/command_line.h"
 #include "tools/extraction.h"
 #include "tools/header_fields.h"
+#include "tools/library_scratch.h"
 #include "tools/many_files.h"
 #include "tools/message_json.h"
 #include "tools/text_forms.h"
@@ -19,17 +20,16 @@ const std::string kFooter =
         "Addresses are shown in canonical form with phrase and comment; what is no address is left out (vel address\n"
         "tells more). Of Date and Resent-Date the first counts; one that is no date is replaced by the current time,\n"
         "and said so. Of other fields that may stand once the first counts. \"other\" are the fields that the library\n"
-        "does not know, \"no field\" the lines that it does not store (at\n"
-        "most 1000), \"envelope\" the lines of a queue's envelope.\n"
+        "does not know, \"no field\" the lines that it does not store (at most 1000), \"envelope\" the lines of a\n"
+        "queue's envelope.\n"
         "With --part the header block of that entity is shown, by its index in vel parse; the message is parsed then,\n"
         "and what is said of vel parse holds. The exit code is 65 when the library complains about the block.\n"
         "\n"
         "The JSON object: file, part (null: the message), normalized, messages (level, text), lines (of the block),\n"
         "status_line (where the Status field stands, or 0), then the fields: separator (\"From \"), date, from, ...,\n"
         "received, other; envelope, no_fields. What is absent is null. An address: kind, canonical, phrase, comment,\n"
-        "local, domain, text (as it stands). A date: has_date, has_resent_date, readable, and if it is\n"
-        "what vel date shows.\n"
-        "The lines of a folded text are parted by CR LF TAB.\n"
+        "local, domain, text (as it stands). A date: has_date, has_resent_date, readable, and if it is what vel date\n"
+        "shows. The lines of a folded text are parted by CR LF TAB.\n"
         "\n") +
     kAboutJsonTexts;
 
@@ -52,7 +52,7 @@ Shown message_header(const std::string& name, Session& session) {
 Shown part_header(const std::string& name, int part, const ParseOptions& options, Session& session) {
     const ParsedMessage message = parse_message(name, options, session);
     const MimeMsg& record = wanted_part(message, part);
-    const SettingInForce library_writes_there("Gateway", "TemporaryDirectory", session.scratch.directory().c_str());
+    const LibraryScratch written_to(session.scratch);
     const ResultFile header(MimeGetHeader(&record));
     // A part that begins where its file ends has none.
     HeaderBlock block = read_header_block(header ? header.get() : "/dev/null", session.journal);
@@ -83,8 +83,11 @@ Exit run_headers(Arguments arguments, Session& main) {
     std::optional<int> part;
     line.add_files();
     line.add_json();
-    as_number(line.app().add_option("--part", part, "Show the header block of this entity, by its index"));
-    line.add_parse_options();
+    auto* by_part =
+        as_number(line.app().add_option("--part", part, "Show the header block of this entity, by its index"));
+    line.add_nested();
+    line.add_verbose();
+    for (const char* of_parsing : {"--no-nested", "--verbose"}) line.app().get_option(of_parsing)->needs(by_part);
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
     return for_each_file(line, main, [&](const std::string& file, Session& session) {
         const Shown shown =

@@ -8,12 +8,15 @@
 #include <condition_variable>
 #include <exception>
 #include <mutex>
+#include <nlohmann/json.hpp>
 #include <system_error>
 #include <thread>
 #include <vector>
 
 #include "tools/find_files.h"
+#include "tools/message_json.h"
 #include "tools/progress.h"
+#include "tools/text_forms.h"
 
 namespace vel::command {
 namespace {
@@ -30,24 +33,34 @@ std::size_t usable_cores() {
 // An empty name would not be seen in a message.
 std::string shown(const std::string& name) { return name.empty() ? "\"\"" : name; }
 
-Exit run_one(const FoundFile& file, Session& session, const FileWork& work) {
+// What every file of the run is treated with.
+struct Treatment {
+    const FileWork& work;
+    bool json;
+};
+
+Exit give_up(const std::string& file, const char* reason, Exit exit, bool json, Output& output) {
+    output.complain(shown(file), reason);
+    if (json) output.write(one_line({{"file", json_text(file)}, {"error", json_text(reason)}}).append("\n"));
+    return exit;
+}
+
+Exit run_one(const FoundFile& file, Session& session, const Treatment& treatment) {
     try {
         if (!file.trouble.empty()) throw Failure(Exit::no_input, file.trouble);
-        return work(file.name, session);
+        return treatment.work(file.name, session);
     } catch (const Failure& failure) {
-        session.output.complain(shown(file.name), failure.what());
-        return failure.exit();
+        return give_up(file.name, failure.what(), failure.exit(), treatment.json, session.output);
     } catch (const std::exception& failure) {
-        session.output.complain(shown(file.name), failure.what());
-        return Exit::io_error;
+        return give_up(file.name, failure.what(), Exit::io_error, treatment.json, session.output);
     }
 }
 
-Exit run_all(const std::vector<FoundFile>& files, Session& session, const FileWork& work) {
+Exit run_all(const std::vector<FoundFile>& files, Session& session, const Treatment& treatment) {
     Progress progress(session.output.streams(), Progress::Unit::files, files.size());
     Exit worst = Exit::success;
     for (const FoundFile& file : files) {
-        worst = worse(worst, run_one(file, session, work));
+        worst = worse(worst, run_one(file, session, treatment));
         session.output.flush();
         progress.advance(1);
     }
@@ -57,10 +70,10 @@ Exit run_all(const std::vector<FoundFile>& files, Session& session, const FileWo
 // Every thread takes the next file when it is done with one.
 class Crew {
   public:
-    Crew(const std::vector<FoundFile>& files, Session& session, const FileWork& work)
+    Crew(const std::vector<FoundFile>& files, Session& session, const Treatment& treatment)
         : files_(files),
           scratch_(session.scratch),
-          work_(work),
+          treatment_(treatment),
           turns_(session.output.streams()),
           progress_(session.output.streams(), Progress::Unit::files, files.size()) {}
 
@@ -97,7 +110,7 @@ class Crew {
                 if (place >= files_.size()) break;
                 Output output(turns_, place);
                 Session session{scratch_, journal, output};
-                note(run_one(files_[place], session, work_));
+                note(run_one(files_[place], session, treatment_));
                 output.finish();
                 progress_.advance(1);
             }
@@ -135,7 +148,7 @@ class Crew {
 
     const std::vector<FoundFile>& files_;
     Scratch& scratch_;
-    const FileWork& work_;
+    const Treatment& treatment_;
     Turns turns_;
     Progress progress_;
     std::atomic<std::size_t> next_ = 0;
@@ -150,8 +163,9 @@ class Crew {
 
 Exit for_each_file(const CommandLine& line, Session& session, const FileWork& work) {
     const std::vector<FoundFile> files = find_files(line.files, line.recursive);
+    const Treatment treatment{work, line.json};
     const std::size_t threads = std::min(usable_cores(), files.size());
-    const Exit worst = threads > 1 ? Crew(files, session, work).run(threads) : run_all(files, session, work);
+    const Exit worst = threads > 1 ? Crew(files, session, treatment).run(threads) : run_all(files, session, treatment);
     return worse(worst, session.output.streams().exit());
 }
 

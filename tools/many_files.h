@@ -17,7 +17,7 @@ using FileWork = std::function<Exit(const std::string& file, Session& session)>;
 
 // Runs work for each file of the command line, directories searched when --recursive is given. Whatever
 // the threads do, output and messages come in the order of the files. What is thrown for one file is told
-// as a message and does not hold up the others; the worst exit code counts.
+// as a message, with --json also as an object, and does not hold up the others; the worst exit code counts.
 Exit for_each_file(const CommandLine& line, Session& session, const FileWork& work);
 
 }  // namespace vel::command

@@ -11,7 +11,7 @@ const std::string kFooter =
     std::string(
         "Examples:\n"
         "  printf 'Subject: test\\n\\ntext\\n' | vel parse -\n"
-        "  vel parse --json -r ~/Maildir | jq -r '.parts[] | [.index, .type, .subtype] | @tsv'\n"
+        "  vel parse --json -r ~/Maildir | jq -r '.parts[]? | [.index, .type, .subtype] | @tsv'\n"
         "\n"
         "A message whose header lines end in bare LF is read from a copy with CR LF (\"normalized\"). One that the\n"
         "library refuses is tried again, with exit code 65: with the lenient parameter grammar (\"lenient\"), from a\n"
@@ -37,7 +37,8 @@ Exit run_parse(Arguments arguments, Session& main) {
     CommandLine line("parse", "Shows the entities of messages: types, encodings, byte ranges, file names.", kFooter);
     line.add_files();
     line.add_json();
-    line.add_parse_options();
+    line.add_nested();
+    line.add_verbose();
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
     return for_each_file(line, main, [&](const std::string& file, Session& session) {
         const ParsedMessage message = parse_message(file, line.parse_options, session);

@@ -29,11 +29,13 @@ const std::string kFooter =
         "line stands. The messages become message-00001.eml and so on, byte for byte, without that line and without\n"
         "the one blank line that a mailbox has before the next one and at its end. A name that is taken gets a\n"
         "number; nothing is overwritten. Text before the first message becomes message-00000.eml, with exit code\n"
-        "65; so does a file without any separator line, of which nothing is written. The mailbox may have any size\n"
-        "and \"-\" is standard input.\n"
+        "65; so does a file without any separator line, of which nothing is written. The mailbox may have any size.\n"
+        "The messages of several mailboxes are numbered on, in the order in which the mailboxes are named. From\n"
+        "message-100000.eml on the names are longer and no longer sort by number (sort -V does).\n"
         "\n"
-        "The JSON object, one a message: number (0: text before the first message), path, size, offset (of the\n"
-        "separator line in the mailbox), separator, sender, date (null where it is none: layout and what vel date\n"
+        "The JSON object, one a message: file (the mailbox), number (as in the name; 0: text before the first\n"
+        "message), path, size, offset (of the separator line in the mailbox), separator, sender, date (null where it "
+        "is none: layout and what vel date\n"
         "shows).\n"
         "\n") +
     kAboutJsonTexts;
@@ -44,17 +46,14 @@ struct Options {
 };
 
 void declare(CommandLine& line, Options& options) {
-    line.app()
-        .add_option("MBOX", line.files, "A mailbox file; \"-\" is standard input")
-        ->required()
-        ->expected(1)
-        ->type_name("");
+    line.add_files("MBOX", "Mailbox files");
     line.app()
         .add_option("-o,--output", options.directory, "Directory to write to, made when missing")
         ->required()
         ->type_name("DIR");
     line.app().add_flag("--keep-separator", options.cutting.keep_separator,
-                        "Keep separator and blank lines: the files joined give the mailbox again");
+                        "Keep separator and blank lines: the files joined give the mailbox again, without blank "
+                        "lines at its very beginning");
     line.app().add_flag("--unquote", options.cutting.unquote, "Take one \">\" off lines such as \">From \"");
     line.add_json();
 }
@@ -76,8 +75,10 @@ struct Separator {
 // Writes the pieces of a mailbox into files and tells of each.
 class Splitter : public MailboxCutter::Sink {
   public:
-    Splitter(const std::string& mailbox, bool json, Destination& destination, Output& output)
-        : mailbox_(mailbox), json_(json), destination_(destination), output_(output) {}
+    // before: how many messages of other mailboxes have been written; those of this one are added.
+    Splitter(const std::string& mailbox, bool json, Destination& destination, uint64_t& before, Output& output)
+        : mailbox_(mailbox), json_(json), destination_(destination), before_(before), output_(output) {}
+    ~Splitter() override { before_ += number_; }
 
     void begin(std::string_view separator, uint64_t offset) override {
         if (!separator.empty() && ++number_ == 1) place_text_before();
@@ -119,11 +120,14 @@ class Splitter : public MailboxCutter::Sink {
         const std::string path = destination_.place(name_of_message(), whole.path().c_str(), size);
         file_.reset();
         json_ ? write_json(path, size) : write_row(path, size);
+        output_.flush();  // when the run is interrupted, the list holds what stands in the directory
     }
+
+    uint64_t number_in_name() const { return number_ == 0 ? 0 : before_ + number_; }
 
     std::string name_of_message() const {
         char name[64];
-        std::snprintf(name, sizeof name, "message-%05llu.eml", static_cast<unsigned long long>(number_));
+        std::snprintf(name, sizeof name, "message-%05llu.eml", static_cast<unsigned long long>(number_in_name()));
         return name;
     }
 
@@ -137,7 +141,11 @@ class Splitter : public MailboxCutter::Sink {
     }
 
     void write_json(const std::string& path, uint64_t size) {
-        Json object{{"number", number_}, {"path", json_text(path)}, {"size", size}, {"offset", offset_}};
+        Json object{{"file", json_text(mailbox_)},
+                    {"number", number_in_name()},
+                    {"path", json_text(path)},
+                    {"size", size},
+                    {"offset", offset_}};
         for (const char* key : {"separator", "sender", "date"}) object[key] = nullptr;
         if (separator_) {
             object["separator"] = json_text(separator_->line);
@@ -153,6 +161,7 @@ class Splitter : public MailboxCutter::Sink {
     const std::string& mailbox_;
     const bool json_;
     Destination& destination_;
+    uint64_t& before_;
     Output& output_;
     std::optional<ScratchFile> file_;
     std::optional<Separator> separator_;
@@ -166,12 +175,14 @@ uint64_t size_of_file(int fd) {
     return ::fstat(fd, &status) == 0 && S_ISREG(status.st_mode) ? static_cast<uint64_t>(status.st_size) : 0;
 }
 
+// In the mailbox's turn, since the numbers run on from one to the next.
 Exit split(const std::string& mailbox, const CommandLine& line, const Options& options, Destination& destination,
-           Output& output) {
+           uint64_t& before, Output& output) {
+    output.wait_for_turn();
     const bool standard_input = mailbox == "-";
     const Descriptor file = standard_input ? Descriptor() : open_for_reading(mailbox);
     const int fd = standard_input ? STDIN_FILENO : file.get();
-    Splitter splitter(mailbox, line.json, destination, output);
+    Splitter splitter(mailbox, line.json, destination, before, output);
     MailboxCutter cutter(options.cutting, splitter);
     Progress progress(output.streams(), Progress::Unit::bytes, size_of_file(fd));
     for_each_block(fd, [&](std::string_view block) {
@@ -186,14 +197,15 @@ Exit split(const std::string& mailbox, const CommandLine& line, const Options& o
 }  // namespace
 
 Exit run_split(Arguments arguments, Session& main) {
-    CommandLine line("split", "Cuts a mailbox file into messages.", kFooter);
+    CommandLine line("split", "Cuts mailbox files into messages.", kFooter);
     Options options;
     declare(line, options);
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
     Destination destination(options.directory, {}, main.scratch);
     main.output.streams().go_on_without_reader();
+    uint64_t before = 0;
     return for_each_file(line, main, [&](const std::string& mailbox, Session& session) {
-        return split(mailbox, line, options, destination, session.output);
+        return split(mailbox, line, options, destination, before, session.output);
     });
 }
 

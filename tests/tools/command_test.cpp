@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "tests/tools/run_vel.h"
+#include "tools/text_forms.h"
 
 namespace vel::test {
 namespace {
@@ -192,10 +193,13 @@ TEST_F(CommandTest, AnswersWithTheExitCodesOfSysexits) {
 }
 
 TEST_F(CommandTest, TakesAnyFileName) {
-    for (const std::string name : {"[a,b]", "extract", "-dash", "caf\xe9", "100%", "a b"}) {
+    for (const std::string name : {"extract", "-dash", "caf\xe9", "100%", "a b"}) {
         const std::string path = file(name, "");
         const Ended ended = run({"parse", "--json", "--", path});
         EXPECT_EQ(ended.exit, 0) << path << ended.err;
+    }
+    for (const std::string name : {"[a,b]", "[]", "\x01x", "\x01\x01[x]", "x[\x01"}) {
+        EXPECT_EQ(run({"parse", name}).err, "vel: " + command::visible(name) + ": No such file or directory\n");
     }
     ASSERT_EQ(::mkfifo((directory() / "pipe").c_str(), 0600), 0);
     std::thread writer([&] { std::ofstream(directory() / "pipe") << "Subject: x\r\n\r\nthrough a pipe"; });
