@@ -35,10 +35,10 @@ constexpr std::array kMeanings = std::to_array<Meaning>({
 
 }  // namespace
 
+bool is_complaint(const LogLine& line) { return line.level == kErrorLevel || is_about_field(line); }
+
 const LogLine* complaint_among(const std::vector<LogLine>& lines) {
-    const auto found = std::find_if(lines.begin(), lines.end(), [](const LogLine& line) {
-        return line.level == kErrorLevel || is_about_field(line);
-    });
+    const auto found = std::find_if(lines.begin(), lines.end(), is_complaint);
     return found == lines.end() ? nullptr : &*found;
 }
 

@@ -6,9 +6,12 @@
 #include <vector>
 
 #include "tools/journal.h"
-#include "tools/refused_fields.h"
+#include "tools/trouble.h"
 
 namespace vel::command {
+
+// The library complains about the message, at the level of errors or about one of its fields.
+bool is_complaint(const LogLine& line);
 
 // The first line that complains; null when none does.
 const LogLine* complaint_among(const std::vector<LogLine>& lines);

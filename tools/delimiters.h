@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 #include <unordered_set>
+#include <utility>
+#include <vector>
 
 #include "tools/ascii.h"
 
@@ -19,15 +21,30 @@ inline Delimiter kind_behind(std::string_view line, std::size_t length) {
     return line.substr(length).starts_with(kClosingMark) ? Delimiter::closing : Delimiter::opening;
 }
 
-// Delimiters by their whole text, "--" and the boundary; the same one may be in it several times.
-class DelimiterSet {
+// The delimiters of the multiparts that are open, "--" and the boundary; several may have the same one.
+class OpenDelimiters {
   public:
-    void add(std::string delimiter) { all_.insert(std::move(delimiter)); }
-    void remove(const std::string& delimiter) {
-        if (const auto found = all_.find(delimiter); found != all_.end()) all_.erase(found);
+    void open(std::string delimiter) {
+        all_.insert(delimiter);
+        levels_.push_back(std::move(delimiter));
     }
 
-    // What a line is, blanks at its end aside.
+    // Leaves the innermost one.
+    void close() {
+        all_.erase(all_.find(levels_.back()));
+        levels_.pop_back();
+    }
+
+    bool empty() const { return levels_.empty(); }
+    const std::string& innermost() const { return levels_.back(); }
+
+    // What a line is to the innermost multipart. The parser knows it by its beginning, whatever follows.
+    Delimiter find_innermost(std::string_view line) const {
+        if (empty() || !line.starts_with(innermost())) return Delimiter::none;
+        return kind_behind(line, innermost().size());
+    }
+
+    // What a line is as a whole to any of them, blanks at its end aside.
     Delimiter find(std::string_view line) const {
         if (!line.starts_with(kClosingMark)) return Delimiter::none;
         std::string text(line.substr(0, line.find_last_not_of(kBlanks) + 1));
@@ -38,6 +55,7 @@ class DelimiterSet {
     }
 
   private:
+    std::vector<std::string> levels_;
     std::unordered_multiset<std::string> all_;
 };
 

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <unordered_set>
 #include <utility>
 
 #include "tools/body_file.h"
@@ -10,6 +11,7 @@
 #include "tools/entity.h"
 #include "tools/header_block.h"
 #include "tools/line_numbers.h"
+#include "tools/refused_fields.h"
 
 namespace vel::command {
 namespace {
@@ -29,6 +31,13 @@ std::string last_error(const std::vector<LogLine>& lines, std::string_view endin
     return last == lines.rend() ? std::string() : last->text;
 }
 
+uint32_t size_of(const std::string& path) {
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0 ? static_cast<uint32_t>(status.st_size) : 0;
+}
+
+std::string name_in(const std::string& field) { return field.substr(0, field.find(':')); }
+
 class Examination {
   public:
     Examination(const ParsedMessage& message, const ParseOptions& options, Session& session)
@@ -47,6 +56,7 @@ class Examination {
         for (int i = 0; i < message_.tree.count(); ++i) {
             if (has_content(message_.record(i))) look_at_body(i);
         }
+        look_at_the_rest_of_what_was_said();
         return in_order();
     }
 
@@ -60,44 +70,64 @@ class Examination {
         for (const LogLine& line : block.said) {
             add({fault, at(block.end), std::string(meaning_of(line.text)), line.text});
         }
-        if (const std::size_t lines = block.no_fields.size(); lines > 0) {
-            const std::string what =
-                lines == 1 ? "a line of the header block is"
-                           : std::to_string(lines) + " lines of the header block, this one the first, are";
-            add({remark, at(block.no_fields.front().start), what + " no field, and not stored"});
+        add_left_out(block.no_fields, "a line of the header block is no field, and not stored",
+                     " lines of the header block, this one the first, are no fields, and not stored");
+        add_left_out(block.cut_off, "the rest of a line longer than 1024 bytes is cut off, and not stored",
+                     " pieces of lines longer than 1024 bytes, this one the first, are cut off, and not stored");
+        for (const HeaderLine& field : block.no_addresses.kept) {
+            add({remark, at(field.start), "holds what is no address; that is left out", {}, name_in(field.text)});
+        }
+        if (const uint64_t more = block.no_addresses.count - block.no_addresses.kept.size(); more > 0) {
+            add({remark, at(block.no_addresses.kept.back().start),
+                 std::to_string(more).append(" more fields behind this one hold what is no address")});
         }
         if (block.unreadable_date) {
-            const std::string& text = block.unreadable_date->text;
             add({remark,
                  at(block.unreadable_date->start),
                  "is no date; the current time is taken",
                  {},
-                 text.substr(0, text.find(':'))});
+                 name_in(block.unreadable_date->text)});
         }
+    }
+
+    void add_left_out(const LeftOut& left_out, const char* one, const char* many) {
+        if (left_out.count == 0) return;
+        add({remark, at(left_out.kept.front().start),
+             left_out.count == 1 ? one : std::to_string(left_out.count).append(many)});
     }
 
     // A message that is not MIME has none that count.
     void look_at_fields() {
         if (!message_.mime && message_.fallback == Fallback::none) return;
         bool refused = false;
-        for (const TroubledField& field : troubled_fields(message_.file, options_.nested, session_.journal)) {
+        std::unordered_set<uint32_t> starts;
+        const TroubledFields found = troubled_fields(message_.file, options_.nested, session_.journal);
+        for (const TroubledField& field : found.kept) {
             if (field.refuses_message() && !std::exchange(refused, true)) refusal_ = field.range.start;
-            const LogLine* complaint = complaint_among(field.said);
-            add({fault, field.range, std::string(meaning_of(field)), complaint ? complaint->text : "", field.name});
+            starts.insert(field.range.start);
+            add_field(field);
+        }
+        // Some came to light only in a copy that lacked others.
+        for (const RemovedField& removed : message_.removed) {
+            if (!starts.contains(removed.field.range.start)) add_field(removed.field);
+        }
+        if (found.not_kept > 0) {
+            add({fault, at(found.kept.back().range.end),
+                 std::to_string(found.not_kept).append(" more fields are refused or corrected; they are not shown")});
         }
     }
 
+    void add_field(const TroubledField& field) {
+        const LogLine* complaint = complaint_among(field.said);
+        add({fault, field.range, std::string(meaning_of(field)), complaint ? complaint->text : "", field.name});
+    }
+
     void add_uncovered(Range range) {
-        const bool last = range.end == size_of_parsed();
+        const bool last = range.end == size_of(message_.input.path);
         add({fault, in_file(range),
              last ? "what stands here to the end of the file belongs to no entity: no delimiter line ends it"
                   : "what stands here belongs to no entity",
              last ? last_error(message_.messages, kUnfinished) : std::string()});
-    }
-
-    uint32_t size_of_parsed() const {
-        struct stat status {};
-        return ::stat(message_.input.path.c_str(), &status) == 0 ? static_cast<uint32_t>(status.st_size) : 0;
     }
 
     void look_at_body(int index) {
@@ -109,32 +139,48 @@ class Examination {
                  {},
                  {},
                  index});
-        } else if (is_encoded(record)) {
-            look_at_encoding(record, index);
-        }
-    }
-
-    // A body that there is no room for does not hold up what is known of the message.
-    void look_at_encoding(MimeMsg& record, int index) {
-        const Range body = in_file({record.bodyStart, end_of_body(record)});
-        try {
-            if (write_body(record, Form::decoded, session_.scratch).decoded) return;
+        } else if (is_encoded(record) && !write_body(record, Form::decoded).decoded) {
             add({fault,
-                 body,
+                 in_file({record.bodyStart, end_of_body(record)}),
                  "the body does not decode as its encoding says; it is delivered as it stands",
                  {},
                  {},
                  index});
-        } catch (const Failure& failure) {
-            add({fault,
-                 body,
-                 std::string("the body cannot be decoded here: ") + failure.what(),
-                 {},
-                 {},
-                 index,
-                 0,
-                 failure.exit()});
         }
+    }
+
+    // Complaints that no finding carries: those of the first attempt where it failed, those of the last one
+    // where the file ends.
+    void look_at_the_rest_of_what_was_said() {
+        std::unordered_set<std::string> carried;
+        for (const Finding& finding : findings_) carried.insert(finding.said);
+        for (const LogLine& line : message_.refusal) {
+            if (is_complaint(line) && carried.insert(line.text).second) {
+                add({fault, at(refusal_), std::string(meaning_of(line.text)), line.text});
+            }
+        }
+        for (const LogLine& line : message_.messages) {
+            if (is_complaint(line) && carried.insert(line.text).second) add_at_end(line.text);
+        }
+    }
+
+    void add_at_end(const std::string& said) {
+        const bool unfinished = said.ends_with(kUnfinished);
+        add({fault,
+             at(size_of(message_.file)),
+             unfinished ? "the file ends here: no delimiter line ends the part before" : std::string(meaning_of(said)),
+             said,
+             {},
+             open_container()});
+    }
+
+    // The innermost one that the end of the file ends.
+    std::optional<int> open_container() const {
+        const uint32_t end = size_of(message_.input.path);
+        for (int i = message_.tree.count() - 1; i >= 0; --i) {
+            if (is_opened(message_.record(i)) && message_.record(i).bodyEnd >= end) return i;
+        }
+        return std::nullopt;
     }
 
     std::vector<Finding> in_order() {

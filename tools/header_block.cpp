@@ -1,7 +1,10 @@
 #include "tools/header_block.h"
 
+#include <algorithm>
+#include <array>
 #include <optional>
 
+#include "tools/address_list.h"
 #include "tools/ascii.h"
 #include "tools/date_reading.h"
 #include "tools/exit_code.h"
@@ -34,35 +37,81 @@ bool is_field(const std::string& line) { return ParseLine(line.c_str(), new_head
 
 bool is_date(std::string_view field) { return begins(field, "date:") || begins(field, "resent-date:"); }
 
+// The fields that the header parser reads as lists of addresses.
+constexpr std::array kAddressFields = std::to_array<std::string_view>({
+    "from:",
+    "reply-to:",
+    "to:",
+    "cc:",
+    "bcc:",
+    "resent-from:",
+    "resent-to:",
+    "resent-cc:",
+    "resent-bcc:",
+    "return-receipt-to:",
+});
+
+bool is_address_field(std::string_view field) {
+    return std::any_of(kAddressFields.begin(), kAddressFields.end(),
+                       [&](std::string_view name) { return begins(field, name); });
+}
+
+// The first stretch of a field's list that is no address.
+std::optional<std::string> no_address_in(std::string_view field) {
+    AddressListReader reader(field.substr(field.find(':') + 1));
+    Recipient record;
+    while (const auto stretch = reader.next(record.get())) {
+        if (stretch->left_out) return std::string(stretch->text);
+    }
+    return std::nullopt;
+}
+
 // Goes through the lines of a block that has been read, for what the record does not hold.
 class Remainder {
   public:
     explicit Remainder(HeaderBlock& block) : block_(block) {}
 
-    void take(std::string_view line, uint32_t start) {
+    void take(const Line& piece) {
+        const bool begins_line = std::exchange(line_ended_, piece.text.ends_with('\n'));
+        const std::string_view line = without_line_end(piece.text);
         if (line.empty()) return;
         if (kBlanks.find(line.front()) != std::string_view::npos) {
-            if (in_date_) date_->text.append(" ").append(line);
+            if (field_) field_->text.append(" ").append(line);
             return;
         }
-        in_date_ = !date_ && is_date(line);
-        if (in_date_) date_ = HeaderLine{start, std::string(line)};
+        end_field();
+        if (is_date(line) || is_address_field(line)) field_ = HeaderLine{piece.start, std::string(line)};
         if (is_envelope_line(line)) {
             block_.envelope.emplace_back(line);
-        } else if (block_.no_fields.size() < kMostNoFields && !is_field(std::string(line))) {
-            block_.no_fields.push_back({start, std::string(line)});
+        } else if (!is_field(std::string(line))) {
+            (begins_line ? block_.no_fields : block_.cut_off).add({piece.start, std::string(line)});
         }
     }
 
-    // The first date counts, whichever field it stands in.
-    void finish() {
-        if (date_ && !is_rfc822_date(date_->text.substr(date_->text.find(':') + 1))) block_.unreadable_date = date_;
-    }
+    void finish() { end_field(); }
 
   private:
+    void end_field() {
+        if (!field_) return;
+        if (!is_date(field_->text)) {
+            look_at_addresses();
+        } else if (!std::exchange(has_date_, true)) {  // the first one counts, whichever field it stands in
+            if (!is_rfc822_date(field_->text.substr(field_->text.find(':') + 1))) block_.unreadable_date = field_;
+        }
+        field_.reset();
+    }
+
+    void look_at_addresses() {
+        const std::optional<std::string> other = no_address_in(field_->text);
+        if (!other) return;
+        std::string text = field_->text.substr(0, field_->text.find(':'));
+        block_.no_addresses.add({field_->start, text.append(": ").append(*other)});
+    }
+
     HeaderBlock& block_;
-    std::optional<HeaderLine> date_;
-    bool in_date_ = false;  // the line before belongs to it
+    std::optional<HeaderLine> field_;  // a date or addresses, to which the next line may belong
+    bool has_date_ = false;
+    bool line_ended_ = true;  // by the piece before
 };
 
 }  // namespace
@@ -84,7 +133,7 @@ HeaderBlock read_header_block(const std::string& path, Journal& journal) {
     while (lines.position() < block.end) {
         const std::optional<Line> line = lines.next();
         if (!line) break;
-        remainder.take(without_line_end(line->text), line->start);
+        remainder.take(*line);
     }
     remainder.finish();
     return block;

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tools/journal.h"
@@ -24,8 +25,19 @@ struct HeaderLine {
     std::string text;
 };
 
-// So many lines that are no fields are kept: a file that is no message has nothing else.
-constexpr std::size_t kMostNoFields = 1000;
+// So many of a kind are kept, the others only counted: a file that is no message has nothing else.
+constexpr std::size_t kMostLeftOut = 1000;
+
+// What the record does not hold.
+struct LeftOut {
+    std::vector<HeaderLine> kept;
+    uint64_t count = 0;
+
+    void add(HeaderLine line) {
+        if (kept.size() < kMostLeftOut) kept.push_back(std::move(line));
+        ++count;
+    }
+};
 
 struct HeaderBlock {
     std::unique_ptr<addr822, HeaderFreed> fields;
@@ -34,7 +46,9 @@ struct HeaderBlock {
     uint32_t end = 0;                   // the offset behind the last line that was read
     std::vector<LogLine> said;          // by the library
     std::vector<std::string> envelope;  // the queue's lines, "#F" and "#R"
-    std::vector<HeaderLine> no_fields;
+    LeftOut no_fields;                  // lines
+    LeftOut cut_off;                    // what stands behind a line's first 1024 bytes, unless it looks like a field
+    LeftOut no_addresses;  // fields of addresses that hold something else: "name: " and the first such stretch
     std::optional<HeaderLine> unreadable_date;  // the library has put the current time in its place
 };
 

@@ -133,6 +133,17 @@ Json lines_json(const Lines& lines, Text text) {
     return all;
 }
 
+void add_left_out(Facts& facts, const char* label, const LeftOut& left_out) {
+    for (const HeaderLine& line : left_out.kept) facts.add(label, line.text);
+    const uint64_t more = left_out.count - left_out.kept.size();
+    if (more > 0) facts.add(label, std::to_string(more).append(" more are not shown"));
+}
+
+void add_left_out(Json& object, const std::string& key, const LeftOut& left_out) {
+    object[key] = lines_json(left_out.kept, [](const HeaderLine& line) { return line.text; });
+    object[key + "_count"] = left_out.count;
+}
+
 }  // namespace
 
 std::string fields_text(const HeaderBlock& block) {
@@ -154,7 +165,9 @@ std::string fields_text(const HeaderBlock& block) {
                         },
                     });
     }
-    for (const HeaderLine& line : block.no_fields) facts.add("no field", line.text);
+    add_left_out(facts, "no field", block.no_fields);
+    add_left_out(facts, "cut off", block.cut_off);
+    add_left_out(facts, "no address", block.no_addresses);
     return facts.text();
 }
 
@@ -170,7 +183,9 @@ Json fields_json(const HeaderBlock& block) {
                                       });
     }
     object["envelope"] = lines_json(block.envelope, [](const std::string& line) { return line; });
-    object["no_fields"] = lines_json(block.no_fields, [](const HeaderLine& line) { return line.text; });
+    add_left_out(object, "no_fields", block.no_fields);
+    add_left_out(object, "cut_off", block.cut_off);
+    add_left_out(object, "no_addresses", block.no_addresses);
     return object;
 }
 

@@ -14,7 +14,7 @@ using Json = nlohmann::ordered_json;
 // For people: a line a text, an address or a date; nothing for what is absent.
 std::string fields_text(const HeaderBlock& block);
 
-// For programs: every field of the record, null where it is absent; then envelope and no_fields.
+// For programs: every field of the record, null where it is absent; then envelope and what was left out.
 Json fields_json(const HeaderBlock& block);
 
 }  // namespace vel::command

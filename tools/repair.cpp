@@ -6,6 +6,7 @@
 
 #include "tools/line_numbers.h"
 #include "tools/private_copy.h"
+#include "tools/refused_fields.h"
 
 namespace vel::command {
 namespace {
@@ -27,7 +28,7 @@ std::string description_of(const RemovedField& removed) {
 }
 
 bool Repair::make_copy() {
-    const std::vector<TroubledField> found = troubled_fields(path(), nested_, session_.journal);
+    const std::vector<TroubledField> found = troubled_fields(path(), nested_, session_.journal).kept;
     const std::vector<Range> refused = refused_ranges(found);
     if (refused.empty()) return false;
     const bool reaches_end = refused.back().end == std::filesystem::file_size(path());

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/refused_fields.h"
+#include "tools/trouble.h"
 #include "tools/removed_ranges.h"
 #include "tools/session.h"
 

@@ -15,13 +15,13 @@ namespace {
 // The end that the parser computes for a body is that of a bare delimiter line with CR LF: the delimiter
 // line itself begins at most this far behind it.
 constexpr uint32_t kLineEnd = 2;
+constexpr std::string_view kBlankLine = "\r\n";
 
 // Goes through the lines between two entities, or behind the last one.
 class Gap {
   public:
-    // The delimiters of the multiparts that are open where the first entity ends, the innermost one apart.
-    Gap(uint32_t start, const DelimiterSet& open, std::string_view innermost)
-        : start_(start), open_(open), innermost_(innermost) {}
+    // The delimiters are those of the multiparts that are open where the first entity ends.
+    Gap(uint32_t start, const OpenDelimiters& open) : start_(start), open_(open) {}
 
     void take(const Line& line) {
         if (line.end <= start_) return;
@@ -45,10 +45,7 @@ class Gap {
   private:
     // The parser knows the line that ended the entity by its beginning. Any later one is a delimiter line
     // only as a whole.
-    Delimiter kind_of(std::string_view line) const {
-        if (ended_) return open_.find(line);
-        return line.starts_with(innermost_) ? kind_behind(line, innermost_.size()) : Delimiter::none;
-    }
+    Delimiter kind_of(std::string_view line) const { return ended_ ? open_.find(line) : open_.find_innermost(line); }
 
     void begin_part(uint32_t start) {
         part_ = start;
@@ -61,8 +58,7 @@ class Gap {
     }
 
     const uint32_t start_;
-    const DelimiterSet& open_;
-    const std::string_view innermost_;
+    const OpenDelimiters& open_;
     bool ended_ = false;    // the entity's delimiter line has been met
     bool in_part_ = false;  // a part that is no entity began at part_
     uint32_t part_ = 0;
@@ -96,6 +92,7 @@ class Coverage {
     void take(int index) {
         const MimeMsg& entity = record(index);
         look_up_to(entity.headerStart);
+        if (is_opened(entity) && is_multipart(entity) && entity.numChildren == 0) look_at_only_text(entity);
         while (!path_.empty() && path_.back() != tree_.parent(index)) leave();
         if (is_opened(entity)) enter(index);
         reached_ = std::max(reached_, has_content(entity) ? end_of_body(entity) : entity.bodyStart);
@@ -103,21 +100,41 @@ class Coverage {
 
     void enter(int index) {
         path_.push_back(index);
-        open_.add(record(index).boundary);
+        open_.open(record(index).boundary);
     }
 
     void leave() {
-        open_.remove(record(path_.back()).boundary);
+        open_.close();
         path_.pop_back();
+    }
+
+    // A multipart whose first delimiter line closes it has no part to which its text would be the preamble.
+    void look_at_only_text(const MimeMsg& multipart) {
+        lines_.go_to(multipart.headerStart);
+        bool in_body = false;
+        std::optional<uint32_t> start;  // behind the blank line, when a line with text follows
+        uint32_t body = 0;
+        while (const std::optional<Line> line = lines_.next()) {
+            if (!in_body) {
+                in_body = line->is_whole && line->text == kBlankLine;
+                body = line->end;
+            } else if (line->text.starts_with(multipart.boundary)) {
+                const bool closes =
+                    kind_behind(line->text, std::string_view(multipart.boundary).size()) == Delimiter::closing;
+                if (closes && start) ranges_.push_back({*start, line->start});
+                return;
+            } else if (!trimmed(line->text).empty()) {
+                start = body;
+            }
+        }
     }
 
     void look_up_to(uint32_t end) {
         if (reached_ >= end) return;
         if (path_.empty()) return ranges_.push_back({reached_, end});
-        const std::string_view innermost = record(path_.back()).boundary;
         // What is left before a delimiter line that does not close has just the length of a bare one.
-        if (end - reached_ == innermost.size() + kLineEnd) return;
-        Gap gap(reached_, open_, innermost);
+        if (end - reached_ == open_.innermost().size() + kLineEnd) return;
+        Gap gap(reached_, open_);
         lines_.go_near(reached_);
         while (lines_.position() < end) {
             const std::optional<Line> line = lines_.next();
@@ -132,7 +149,7 @@ class Coverage {
     const Tree& tree_;
     LineReader lines_;
     std::vector<int> path_;  // the containers that are open
-    DelimiterSet open_;      // their delimiters
+    OpenDelimiters open_;    // their delimiters
     uint32_t reached_ = 0;   // the end of the entities so far
     std::vector<Range> ranges_;
 };

@@ -11,7 +11,8 @@
 namespace vel::command {
 
 // A byte is covered when it stands
-//   - in an entity's header block, that is before its bodyStart (a multipart's preamble belongs there);
+//   - in an entity's header block, that is before its bodyStart (a multipart's preamble belongs there, but
+//     not the text of a multipart that its first delimiter line closes: there is no part behind it);
 //   - in the body of an entity that is no container;
 //   - on a delimiter line of a multipart that is open there;
 //   - in an epilogue: behind a closing delimiter line, up to the next delimiter line of a multipart
