@@ -139,13 +139,31 @@ class Examination {
                  {},
                  {},
                  index});
-        } else if (is_encoded(record) && !write_body(record, Form::decoded).decoded) {
+        } else if (is_encoded(record)) {
+            look_at_encoding(record, index);
+        }
+    }
+
+    // A body that there is no room for does not hold up what is known of the message.
+    void look_at_encoding(MimeMsg& record, int index) {
+        const Range body = in_file({record.bodyStart, end_of_body(record)});
+        try {
+            if (write_body(record, Form::decoded, session_.scratch).decoded) return;
             add({fault,
-                 in_file({record.bodyStart, end_of_body(record)}),
+                 body,
                  "the body does not decode as its encoding says; it is delivered as it stands",
                  {},
                  {},
                  index});
+        } catch (const Failure& failure) {
+            add({fault,
+                 body,
+                 std::string("the body cannot be decoded here: ") + failure.what(),
+                 {},
+                 {},
+                 index,
+                 0,
+                 failure.exit()});
         }
     }
 
