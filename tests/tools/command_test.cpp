@@ -5,12 +5,16 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <sstream>
 #include <thread>
 
 #include "tests/tools/run_vel.h"
+#include "tools/body_file.h"
 #include "tools/text_forms.h"
+#include "tools/verb.h"
 
 namespace vel::test {
 namespace {
@@ -189,7 +193,7 @@ TEST_F(CommandTest, AnswersWithTheExitCodesOfSysexits) {
     for (const int fd : {unreadable, out}) ::close(fd);
     EXPECT_EQ(run({"--version"}).out, "vel 5.1.0\n");
     const Ended several = run({"parse", "--json", good, missing, good});
-    EXPECT_EQ(std::count(several.out.begin(), several.out.end(), '\n'), 2);
+    EXPECT_EQ(std::count(several.out.begin(), several.out.end(), '\n'), 3) << "also one of the file that is missing";
 }
 
 TEST_F(CommandTest, TakesAnyFileName) {
@@ -370,6 +374,62 @@ TEST_F(CommandTest, ExtractSaysWhatDoesNotDecode) {
     }
 }
 
+TEST_F(CommandTest, WritesFilesAsTheUmaskHasItAndBodiesInPrivate) {
+    const mode_t before = ::umask(027);
+    run({"extract", "-o", target(), "-"}, "Subject: x\r\n\r\ny");
+    ::umask(before);
+    struct stat status {};
+    ASSERT_EQ(::stat((target() + "/part-0.txt").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0640u);
+
+    command::Scratch scratch(temporary().string());
+    std::string path = file("m.eml", "body");
+    MimeMsg record{};
+    record.fileName = path.data();
+    record.bodyEnd = 4;
+    const command::BodyFile body = command::write_body(record, command::Form::decoded, scratch);
+    EXPECT_THAT(body.file.get(), StartsWith(scratch.directory()));
+    EXPECT_EQ(content(body.file.get()), "body");
+    std::filesystem::remove_all(scratch.directory());
+    errno = 0;
+    try {
+        command::write_body(record, command::Form::decoded, scratch);
+        ADD_FAILURE() << "wrote where nothing can be written";
+    } catch (const command::Failure& failure) {
+        EXPECT_EQ(failure.what(), scratch.directory() + ": No such file or directory");
+    }
+}
+
+TEST_F(CommandTest, ReadsWhatIsRefusedAsGentlyAsItCan) {
+    const std::string gentle = crlf(kMime + "Content-Type: text/plain; charset=; name=\"a;b\"\n\n");
+    const Json json = Json::parse(run({"parse", "--json", "-"}, gentle).out);
+    EXPECT_EQ(json["fallback"], "lenient");
+    EXPECT_EQ(json["parts"][0]["params"][1], "name=\"a;b\"") << "the grammar that cuts quoted values comes last";
+    EXPECT_EQ(run({"headers", "--part", "1", "-"}, multipart({"Content-ID: x\n\none"})).exit, kBadData);
+    EXPECT_EQ(run({"headers", "-v", "-"}, "A: b\r\n\r\n").exit, kUsage) << "would do nothing without --part";
+}
+
+// Those of the help, with a command line that is not cut short by another program's.
+TEST_F(CommandTest, RunsItsExamples) {
+    std::filesystem::create_symlink(VEL_COMMAND, directory() / "vel");
+    std::filesystem::create_directories(directory() / "Maildir/cur");
+    file("Maildir/cur/1", "Subject: x\r\n\r\ny");
+    std::filesystem::copy_file(sample("archive.mbox"), directory() / "archive.mbox");
+    const std::string where = "cd " + directory().string() + " && export HOME=$PWD PATH=$PWD:/usr/bin:/bin; ";
+    int examples = 0;
+    for (const command::Verb& verb : command::verbs()) {
+        std::istringstream help(run({"help", std::string(verb.name)}).out);
+        for (std::string line; std::getline(help, line);) {
+            if (!line.starts_with("  printf ") && !line.starts_with("  vel ")) continue;
+            const std::string example = line.substr(0, line.find(" | jq"));
+            const int exit = WEXITSTATUS(std::system((where + "(" + example + ") >/dev/null 2>said").c_str()));
+            EXPECT_TRUE(exit == 0 || (verb.name == "check" && exit == kBadData)) << example;
+            ++examples;
+        }
+    }
+    EXPECT_GE(examples, static_cast<int>(command::verbs().size()));
+}
+
 TEST_F(CommandTest, LimitsAreNotNegative) {
     for (const char* limit : {"--max-files=-1", "--max-bytes=-1"}) {
         EXPECT_EQ(run({"extract", "-o", target(), "-", limit}, "Subject: x\r\n\r\ny").exit, 64) << limit;
@@ -397,11 +457,7 @@ TEST_F(CommandTest, EndsCleanlyWhenASignalComes) {
         const int out = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
         const pid_t process = start(arguments, pipe[0], out);
         ASSERT_EQ(::write(pipe[1], "Subject: x\r\n", 12), 12);
-        const auto patience = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-        while (std::filesystem::is_empty(temporary())) {
-            ASSERT_LT(std::chrono::steady_clock::now(), patience) << "no private directory was made";
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        }
+        await("a private directory", [&] { return !std::filesystem::is_empty(temporary()); });
         const int signal = arguments[0] == "parse" ? SIGQUIT : SIGTERM;
         ::kill(process, signal);
         EXPECT_EQ(wait_for(process), -signal);

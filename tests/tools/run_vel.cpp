@@ -14,11 +14,11 @@ CommandTest::~CommandTest() {
     for (const std::string& name : left_behind(".vel-")) ADD_FAILURE() << "left behind: " << name;
 }
 
-pid_t CommandTest::start(const std::vector<std::string>& arguments, int in, int out) const {
+pid_t CommandTest::start(const std::vector<std::string>& arguments, int in, int out, int error) const {
     std::vector<std::string> texts{"vel"};
     texts.insert(texts.end(), arguments.begin(), arguments.end());
     std::vector<std::string> settings{"OSTRA_CONFIG_DIR=" + directory().string(), "TMPDIR=" + temporary().string(),
-                                      "PATH=/usr/bin:/bin"};
+                                      "PATH=/usr/bin:/bin", "TERM=xterm"};
     const auto pointers = [](std::vector<std::string>& list) {
         std::vector<char*> result;
         for (std::string& text : list) result.push_back(text.data());
@@ -31,6 +31,7 @@ pid_t CommandTest::start(const std::vector<std::string>& arguments, int in, int 
     posix_spawn_file_actions_adddup2(&actions, out, STDOUT_FILENO);
     posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, (directory() / "stderr").c_str(),
                                      O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    if (error != -1) posix_spawn_file_actions_adddup2(&actions, error, STDERR_FILENO);
     pid_t process = -1;
     EXPECT_EQ(posix_spawn(&process, VEL_COMMAND, &actions, nullptr, pointers(texts).data(), pointers(settings).data()),
               0);

@@ -4,8 +4,10 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <map>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "tests/support/fixture.h"
@@ -28,9 +30,19 @@ class CommandTest : public VelTest {
 
     Ended run(const std::vector<std::string>& arguments, const std::string& standard_input = "") const;
 
-    // Starts the command with its standard input and output on these descriptors.
-    pid_t start(const std::vector<std::string>& arguments, int in, int out) const;
+    // Starts the command with its standard input, output and perhaps error on these descriptors.
+    pid_t start(const std::vector<std::string>& arguments, int in, int out, int error = -1) const;
     static int wait_for(pid_t process);  // as Ended.exit
+
+    // Waits, but not for ever.
+    template <class Condition>
+    static void await(const char* what, Condition condition) {
+        const auto patience = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        while (!condition()) {
+            ASSERT_LT(std::chrono::steady_clock::now(), patience) << "in vain: " << what;
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
+    }
 
     // A directory to extract to, and what stands in it.
     std::string target() const { return (directory() / "out").string(); }

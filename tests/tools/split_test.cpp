@@ -1,5 +1,14 @@
 // vel split, and the cutter behind it.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
 #include <nlohmann/json.hpp>
+#include <sstream>
+#include <thread>
+#include <utility>
 
 #include "tests/tools/run_vel.h"
 #include "tools/mailbox_cutter.h"
@@ -81,8 +90,11 @@ TEST_F(SplitTest, WritesEveryMessageOnce) {
     std::string joined;
     for (const auto& [name, text] : extracted()) joined += text;
     EXPECT_EQ(joined, content(sample));
-    const Json second = Json::parse(
-        ended.out.substr(ended.out.find('\n') + 1, ended.out.find("\n{\"number\":3") - ended.out.find('\n')));
+    std::istringstream lines(ended.out);
+    std::string line;
+    for (int i = 0; i < 2; ++i) std::getline(lines, line);
+    const Json second = Json::parse(line);
+    EXPECT_EQ(second["file"], sample);
     EXPECT_EQ(second["path"], target() + "/message-00002.eml");
     EXPECT_EQ(second["offset"], joined.find("From tomas"));
     EXPECT_EQ(second["sender"], "tomas@example.net");
@@ -106,6 +118,85 @@ TEST_F(SplitTest, NeverOverwritesAndTellsWhatIsOdd) {
     EXPECT_TRUE(std::filesystem::is_empty(target() + "/new")) << "nothing is written without a separator line";
     EXPECT_EQ(run({"split", directory().string(), "-o", target()}).exit, 66);
     EXPECT_EQ(run({"split", "-", "-o", file("in-the-way", "")}).exit, 73);
+}
+
+TEST_F(SplitTest, NumbersTheMessagesOfSeveralMailboxesOn) {
+    const std::string one = file("one", kFirst + "a\n"), two = file("two", kFirst + "b\n" + kFirst + "c\n");
+    const test::Ended ended = run({"split", one, "none", two, "--json", "-o", target()});
+    EXPECT_EQ(ended.exit, 66);
+    EXPECT_THAT(ended.out, HasSubstr("\n{\"file\":\"none\",\"error\":\"No such file or directory\"}\n{\"file\":\"" +
+                                     two + "\",\"number\":2,"));
+    EXPECT_EQ(extracted(),
+              (test::Files{{"message-00001.eml", "a\n"}, {"message-00002.eml", "b\n"}, {"message-00003.eml", "c\n"}}));
+}
+
+// A mailbox that comes through a pipe, a piece at a time.
+class SplitPipeTest : public SplitTest {
+  protected:
+    SplitPipeTest() {
+        EXPECT_EQ(::pipe2(pipe_, O_CLOEXEC), 0);
+        out_ = ::open(file("stdout", "").c_str(), O_WRONLY | O_CLOEXEC);
+    }
+    ~SplitPipeTest() override {
+        for (const int fd : {pipe_[0], pipe_[1], out_}) ::close(fd);
+    }
+
+    pid_t split(int out, int error = -1) const { return start({"split", "-", "-o", target()}, pipe_[0], out, error); }
+    void give(const std::string& text) const {
+        EXPECT_EQ(::write(pipe_[1], text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    }
+    void end_mailbox() { ::close(std::exchange(pipe_[1], -1)); }
+    std::string listed() const { return content((directory() / "stdout").string()); }
+
+    int pipe_[2];
+    int out_;
+};
+
+TEST_F(SplitPipeTest, ListsWhatStandsThereWhenInterrupted) {
+    const pid_t process = split(out_);
+    give(kFirst + "a\n" + kFirst + "b\n" + kFirst);
+    await("message 2 in the list", [&] { return listed().find("message-00002.eml") != std::string::npos; });
+    ::kill(process, SIGINT);
+    EXPECT_EQ(wait_for(process), -SIGINT);
+    EXPECT_EQ(extracted(), (test::Files{{"message-00001.eml", "a\n"}, {"message-00002.eml", "b\n"}}));
+}
+
+TEST_F(SplitPipeTest, GoesOnWithoutReaderAndWithIgnoredSignals) {
+    int broken[2];
+    ASSERT_EQ(::pipe2(broken, O_CLOEXEC), 0);
+    ::close(broken[0]);
+    const auto before = std::signal(SIGHUP, SIG_IGN);
+    const pid_t process = split(broken[1]);
+    std::signal(SIGHUP, before);
+    give(kFirst + "a\n" + kFirst);
+    await("message 1", [&] { return std::filesystem::exists(target() + "/message-00001.eml"); });
+    ::kill(process, SIGHUP);
+    end_mailbox();
+    EXPECT_EQ(wait_for(process), 0);
+    EXPECT_EQ(extracted().size(), 2u);
+    ::close(broken[1]);
+}
+
+TEST_F(SplitPipeTest, DrawsOneStatusLineThatDataForAFileLeavesAlone) {
+    const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    ASSERT_TRUE(terminal != -1 && ::grantpt(terminal) == 0 && ::unlockpt(terminal) == 0);
+    const int error = ::open(::ptsname(terminal), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    const pid_t process = split(out_, error);
+    give(kFirst);
+    std::this_thread::sleep_for(std::chrono::milliseconds(700));  // longer than it is patient
+    give("a\n");
+    std::string drawn(200, '\0');
+    drawn.resize(static_cast<std::size_t>(::read(terminal, drawn.data(), drawn.size())));
+    EXPECT_EQ(drawn, "\rvel: 0 MiB\x1b[K");
+    give(kFirst + "b\n" + kFirst);
+    await("message 2 in the list", [&] { return listed().find("message-00002.eml") != std::string::npos; });
+    end_mailbox();
+    EXPECT_EQ(wait_for(process), 0);
+    std::string rest(200, '\0');
+    rest.resize(static_cast<std::size_t>(::read(terminal, rest.data(), rest.size())));
+    EXPECT_TRUE(rest.ends_with("\r\x1b[K") && rest.find("\r\x1b[K") == rest.size() - 4) << rest;
+    ::close(terminal);
+    ::close(error);
 }
 
 }  // namespace
