@@ -56,12 +56,19 @@ bool is_address_field(std::string_view field) {
                        [&](std::string_view name) { return begins(field, name); });
 }
 
+// "undisclosed recipients: ;" stands where there is nobody to name: nothing is lost by it (RFC 5322 section 3.4).
+bool is_empty_group(std::string_view stretch) {
+    if (!stretch.ends_with(';')) return false;
+    stretch.remove_suffix(1);
+    return stretch.substr(0, stretch.find_last_not_of(kBlanks) + 1).ends_with(':');
+}
+
 // The first stretch of a field's list that is no address.
 std::optional<std::string> no_address_in(std::string_view field) {
     AddressListReader reader(field.substr(field.find(':') + 1));
     Recipient record;
     while (const auto stretch = reader.next(record.get())) {
-        if (stretch->left_out) return std::string(stretch->text);
+        if (stretch->left_out && !is_empty_group(stretch->text)) return std::string(stretch->text);
     }
     return std::nullopt;
 }

@@ -20,16 +20,18 @@ const std::string kFooter =
         "Addresses are shown in canonical form with phrase and comment; what is no address is left out (vel address\n"
         "tells more). Of Date and Resent-Date the first counts; one that is no date is replaced by the current time,\n"
         "and said so. Of other fields that may stand once the first counts. \"other\" are the fields that the library\n"
-        "does not know, \"no field\" the lines that it does not store (at most 1000), \"envelope\" the lines of a\n"
-        "queue's envelope.\n"
+        "does not know, \"envelope\" the lines of a queue's envelope. Of each of these at most 1000 are shown, and\n"
+        "how many more there are: \"no field\", lines that are not stored; \"cut off\", what stands behind the first\n"
+        "1024 bytes of a line; \"no address\", the fields with such a thing, and the first in each.\n"
         "With --part the header block of that entity is shown, by its index in vel parse; the message is parsed then,\n"
         "and what is said of vel parse holds. The exit code is 65 when the library complains about the block.\n"
         "\n"
         "The JSON object: file, part (null: the message), normalized, messages (level, text), lines (of the block),\n"
         "status_line (where the Status field stands, or 0), then the fields: separator (\"From \"), date, from, ...,\n"
-        "received, other; envelope, no_fields. What is absent is null. An address: kind, canonical, phrase, comment,\n"
-        "local, domain, text (as it stands). A date: has_date, has_resent_date, readable, and if it is what vel date\n"
-        "shows. The lines of a folded text are parted by CR LF TAB.\n"
+        "received, other; envelope; no_fields, cut_off, no_addresses, and behind each its number (no_fields_count).\n"
+        "What is absent is null. An address: kind, canonical, phrase, comment, local, domain, text (as it\n"
+        "stands). A date: has_date, has_resent_date, readable, and if it is what vel date shows. The lines of a\n"
+        "folded text are parted by CR LF TAB.\n"
         "\n") +
     kAboutJsonTexts;
 

@@ -28,6 +28,10 @@ std::string line_of(const Json& finding) {
     return finding["said"].is_null() ? text : text + ": " + finding["said"].get<std::string>();
 }
 
+bool said(const Json& findings, const Json& text) {
+    return std::any_of(findings.begin(), findings.end(), [&](const Json& f) { return f["said"] == text; });
+}
+
 TEST_F(CheckTest, TellsWhatIsWrongAndWhere) {
     const std::string refusal = ": ParseMimeMessage: not a valid MIME message.";
     const std::vector<Checked> rows{
@@ -55,6 +59,18 @@ TEST_F(CheckTest, TellsWhatIsWrongAndWhere) {
         {"a body that does not decode, a part without a blank line",
          kMixed + "--b\nContent-Transfer-Encoding: base64\n\n!!!\n--b\nthree\n--b--\n",
          {"fault 7 106-111 part 1", "fault 9 116-123 part 2"}},
+        {"a part that the end of the file cuts off inside an enclosed message",
+         kMixed + "--b\nContent-Type: message/rfc822\n\nSubject: x\n\nbody\n",
+         {"fault 10 121-121 part 1: ParseMimeMessage: getline failed."}},
+        {"a multipart that is closed at once", kMixed + "text\n--b--\n", {"fault 4 64-70"}},
+        {"a field that comes to light in a copy",
+         kMixed + "--b\nContent-Type: message/rfc822\nContent-Type: multipart/mixed; boundary=in\n\nContent-ID: x\n\n" +
+             "one\n--b--\n",
+         {"fault 6 99-143 Content-Type", "fault 6 99-99" + refusal,
+          "fault 8 145-160 Content-ID: \"content-id:\" field invalid."}},
+        {"no addresses, the rest of a long line",
+         "From: a@b, two words\nCc: bad addr\nTo: nobody: ;\nX: " + std::string(2000, 'x') + "\nnope\n\n",
+         {"remark 1 0-0 From", "remark 2 22-22 Cc", "remark 4 1075-1075", "remark 5 2056-2056"}},
         {"a header block without end",
          "Subject: x\n" +
              [] {
@@ -75,6 +91,9 @@ TEST_F(CheckTest, TellsWhatIsWrongAndWhere) {
         const bool faulty = !row.findings.empty() && row.findings.back().starts_with("fault");
         EXPECT_EQ(ended.exit, faulty ? 65 : 0) << row.name;
         EXPECT_EQ(json["clean"], !faulty) << row.name;
+        for (const Json& message : json["messages"]) {
+            EXPECT_TRUE(message["level"] != 1 || said(json["findings"], message["text"])) << row.name << message;
+        }
         EXPECT_THAT(ended.err, IsEmpty()) << row.name;
     }
 }
@@ -98,19 +117,20 @@ TEST_F(CheckTest, ShowsTheHeader) {
     const std::string message = crlf(kHeader);
     EXPECT_EQ(run({"headers", "-"}, message).out,
               "-: 15 header lines\n"
-              "envelope   #Fsender\n"
-              "From line  a@b Mon Feb  1 10:20:30 1999\n"
-              "Date       Mon, 1 Feb 1999 10:20:30 -0500\n"
-              "From       Ann Lee <ann@a.b> (x)\n"
-              "To         T: c@d, e@f;\n"
-              "           g@h\n"
-              "           i\n"
-              "Subject    a b\\x1b\n"
-              "Status     RO\n"
-              "Received   one\n"
-              "           two\n"
-              "other      X-other: y\n"
-              "no field   no field\n");
+              "envelope    #Fsender\n"
+              "From line   a@b Mon Feb  1 10:20:30 1999\n"
+              "Date        Mon, 1 Feb 1999 10:20:30 -0500\n"
+              "From        Ann Lee <ann@a.b> (x)\n"
+              "To          T: c@d, e@f;\n"
+              "            g@h\n"
+              "            i\n"
+              "Subject     a b\\x1b\n"
+              "Status      RO\n"
+              "Received    one\n"
+              "            two\n"
+              "other       X-other: y\n"
+              "no field    no field\n"
+              "no address  To: two words\n");
     const Ended ended = run({"headers", "--json", file("m.eml", message)});
     EXPECT_EQ(ended.exit, 0);
     const Json json = Json::parse(ended.out);

@@ -64,6 +64,8 @@ TEST_F(OffsetTest, OnlyPartsThatTheParserDropsAreUncovered) {
         {"cut off in a header", kHead + "--outer\n\none\n--outer\nX: y", {"X: y"}},
         {"nothing behind the delimiter", kHead + "--outer\n\none\n--outer\n", {}},
         {"only a part that is cut off", kHead + "--outer\n\none\n", {"\none\n"}},
+        {"closed at once", kHead + "--outer--\nepilogue\n", {"preamble\n"}},
+        {"closed at once, and blank", kHead.substr(0, kHead.find("preamble")) + "\n--outer--\n", {}},
         {"inner parts swallow outer ones",
          kHead + kInner + "--inner\n\nsecond\n--outer\n\nthird\n--outer--\nend",
          {"\nsecond\n", "\nthird\n"}},
@@ -105,6 +107,9 @@ TEST_F(OffsetTest, RefusedFieldsAreFoundWithTheirContinuation) {
         {"in an enclosed message",
          kHead + "--outer\nContent-Type: message/rfc822\n\nContent-ID: a\n\nContent-ID: b\n--outer--\n",
          {"Content-ID: a\n"}},
+        {"behind a delimiter line that goes on",
+         kHead + "--outerX\nContent-ID: a\n\n--outerY\nContent-ID: b\n\n--outer--Z\nContent-ID: c\n",
+         {"Content-ID: a\n", "Content-ID: b\n"}},
         {"a multipart without a boundary",
          kHead + "--outer\nContent-Type: multipart/mixed\n\n--outer--\n",
          {"Content-Type: multipart/mixed\n"}},
@@ -127,6 +132,15 @@ TEST_F(OffsetTest, RefusedFieldsAreFoundWithTheirContinuation) {
         for (const std::string& text : row.lost) expected.push_back(crlf(text));
         EXPECT_EQ(found, expected) << row.name;
     }
+}
+
+TEST_F(OffsetTest, FieldsThatAreNotKeptAreCounted) {
+    std::string message = "MIME-Version: 1.0\r\n";
+    for (std::size_t i = 0; i < kMostTroubledFields + 7; ++i) message += "Content-ID: a\r\n";
+    Journal journal;
+    const TroubledFields found = troubled_fields(file("m.eml", message + "\r\n"), true, journal);
+    EXPECT_EQ(found.kept.size(), kMostTroubledFields);
+    EXPECT_EQ(found.not_kept, 7u);
 }
 
 // Fields are taken away one after the other, in one copy or in copies of copies.
