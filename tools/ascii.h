@@ -1,4 +1,4 @@
-// Letter case of ASCII, whatever the locale says.
+// Letter case and blanks of ASCII, whatever the locale says, and texts that may be null.
 #ifndef VEL_TOOLS_ASCII_H
 #define VEL_TOOLS_ASCII_H
 

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "tools/trouble.h"
 #include "tools/removed_ranges.h"
 #include "tools/session.h"
+#include "tools/trouble.h"
 
 namespace vel::command {
 
