@@ -120,8 +120,8 @@ TEST_F(CommandTest, ReadsWhatTheLibraryRefuses) {
         {"bad field and bare LF", kMime + "Content-ID: a@b\n\nbody\n", kBadData, true, true, "repaired", 1},
         {"no boundary", crlf(kMime + "Content-Type: multipart/mixed\n\nbody"), kBadData, true, false, "repaired", 1},
         {"header cut off", crlf(kMime + "Content-Type: text/html; x"), kBadData, true, false, "repaired", 1},
-        {"bad field behind an odd delimiter", multipart({"\none\n--b junk\nContent-ID: x\n\ntwo"}), kBadData, false,
-         false, "flat", 1},
+        {"bad field behind an odd delimiter", multipart({"\none\n--b junk\nContent-ID: x\n\ntwo"}), kBadData, true,
+         false, "repaired", 3},
         {"version that is not a number", crlf("MIME-Version: 1.0\nMIME-Version: x\n\nbody"), kBadData, true, false,
          "repaired", 1},
     };
