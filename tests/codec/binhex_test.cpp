@@ -3,10 +3,8 @@
 #include <fcntl.h>
 
 #include <array>
-#include <chrono>
 #include <climits>
 #include <cstdio>
-#include <thread>
 
 #include "codec/big_endian.h"
 #include "codec/binhex_alphabet.h"
@@ -15,6 +13,7 @@
 #include "frame/line_file.h"
 #include "tests/codec/binhex_split.h"
 #include "tests/codec/codec_calls.h"
+#include "vel/platform/log.h"
 
 namespace vel::test {
 namespace {
@@ -472,31 +471,42 @@ TEST_F(Binhex, counts_pipes_and_null_arguments) {
     EXPECT_EQ(encoded(mac.apple_single()).result, -1);
 }
 
-// Closes the output behind the decoder's back, while it waits for more input, and puts another file in its place.
+// Closes the output behind the decoder's back, as soon as its creation is traced, and puts another file in its
+// place.
+class Meddler {
+  public:
+    Meddler() { LogCaptureStart(&Meddler::take, this); }
+    ~Meddler() { LogCaptureStop(); }
+    std::string path;
+    std::string complaint;
+
+  private:
+    static void take(void* self, int, const char*, const char* text) { static_cast<Meddler*>(self)->take(text); }
+
+    void take(const std::string& line) {
+        constexpr std::string_view kCreated = "filecreate: ";
+        if (line.starts_with("CloseHandle failed")) complaint = line;
+        if (!line.starts_with(kCreated) || !path.empty()) return;
+        const std::size_t end = line.find(", FileHandle #");
+        path = line.substr(kCreated.size(), end - kCreated.size());
+        const int output = std::stoi(line.substr(line.find('#') + 1));
+        fileclose(output);
+        const int other = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+        if (other != output) {
+            ::dup2(other, output);
+            ::close(other);
+        }
+    }
+};
+
 TEST_F(Binhex, logs_a_file_that_cannot_be_closed) {
     const std::string text = MacFile().hqx();
-    int ends[2];
-    ASSERT_EQ(::pipe(ends), 0);
-    ASSERT_TRUE(write_all(ends[1], text.data(), 60));
-    const int other = ::open("/dev/null", O_WRONLY);
-    int output = ends[1];
-    std::string path;
-    std::thread meddler([&] {
-        while (left_behind("binhex").empty()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        path = (directory() / left_behind("binhex").front()).string();
-        std::array<char, 4096> target{};
-        do target.fill('\0');
-        while (::readlink(("/proc/self/fd/" + std::to_string(++output)).c_str(), target.data(), target.size() - 1) &&
-               path != target.data());
-        fileclose(output);
-        ::dup2(other, output);
-        EXPECT_TRUE(write_all(ends[1], text.data() + 60, text.size() - 60));
-        ::close(ends[1]);
-    });
-    EXPECT_EQ(decoded_from(ends[0], LONG_MAX).result, -1);
-    meddler.join();
-    EXPECT_THAT(take_log(1), ElementsAre("CloseHandle failed for " + path));
-    for (const int fd : {ends[0], other, output}) ::close(fd);
+    const int in = CreateFile(file("in", text).c_str(), 1);
+    set("Debug", "LogFileIO", "TRUE");
+    Meddler meddler;
+    EXPECT_EQ(decoded_from(in, LONG_MAX).result, -1);
+    EXPECT_THAT(meddler.path, testing::HasSubstr("binhex"));
+    EXPECT_EQ(meddler.complaint, "CloseHandle failed for " + meddler.path);
 }
 
 }  // namespace
