@@ -4,8 +4,8 @@
 #include <exception>
 #include <system_error>
 
-#include "tools/interruption.h"
-#include "tools/verb.h"
+#include "tools/io/interruption.h"
+#include "tools/verbs/verb.h"
 #include "vel/frame.h"
 
 namespace {

@@ -12,9 +12,9 @@
 #include <thread>
 
 #include "tests/tools/run_vel.h"
-#include "tools/body_file.h"
-#include "tools/text_forms.h"
-#include "tools/verb.h"
+#include "tools/message/body_file.h"
+#include "tools/text/text_forms.h"
+#include "tools/verbs/verb.h"
 
 namespace vel::test {
 namespace {

@@ -9,8 +9,8 @@
 #include <thread>
 
 #include "tests/tools/run_vel.h"
-#include "tools/find_files.h"
-#include "tools/progress.h"
+#include "tools/io/find_files.h"
+#include "tools/io/progress.h"
 
 namespace vel::test {
 namespace {

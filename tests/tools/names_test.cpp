@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "tools/parameters.h"
-#include "tools/part_name.h"
-#include "tools/safe_name.h"
-#include "tools/text_forms.h"
-#include "tools/utf8.h"
+#include "tools/message/parameters.h"
+#include "tools/message/part_name.h"
+#include "tools/text/safe_name.h"
+#include "tools/text/text_forms.h"
+#include "tools/text/utf8.h"
 
 namespace vel::command {
 namespace {

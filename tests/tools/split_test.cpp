@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "tests/tools/run_vel.h"
-#include "tools/mailbox_cutter.h"
+#include "tools/message/mailbox_cutter.h"
 
 namespace vel::command {
 namespace {

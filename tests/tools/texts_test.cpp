@@ -2,7 +2,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/tools/run_vel.h"
-#include "tools/address_list.h"
+#include "tools/message/address_list.h"
 
 namespace vel::command {
 namespace {

@@ -2,13 +2,13 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/tools/run_vel.h"
-#include "tools/input.h"
-#include "tools/line_numbers.h"
-#include "tools/private_copy.h"
-#include "tools/refused_fields.h"
-#include "tools/removed_ranges.h"
-#include "tools/scratch.h"
-#include "tools/uncovered.h"
+#include "tools/io/input.h"
+#include "tools/io/line_numbers.h"
+#include "tools/io/private_copy.h"
+#include "tools/io/scratch.h"
+#include "tools/message/refused_fields.h"
+#include "tools/message/removed_ranges.h"
+#include "tools/message/uncovered.h"
 
 namespace vel::command {
 namespace {

@@ -1,0 +1,72 @@
+#include "tools/io/destination.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdio>
+
+#include "tools/io/descriptor.h"
+#include "tools/io/exit_code.h"
+#include "tools/text/safe_name.h"
+
+namespace vel::command {
+namespace {
+
+constexpr mode_t kEverybody = 0666;
+constexpr mode_t kPrivate = 0600;
+constexpr unsigned kFirstNumber = 2;  // the second file of a name
+
+mode_t mode_of_new_files() {
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    return kEverybody & ~mask;
+}
+
+// Moves a file to a path where nothing stands. False with errno, EEXIST when something does.
+bool moved(const char* file, const char* path) {
+    if (::renameat2(AT_FDCWD, file, AT_FDCWD, path, RENAME_NOREPLACE) == 0) return true;
+    if (errno != EINVAL && errno != ENOSYS) return false;
+    // A file system that cannot: the name is taken first, with an empty file.
+    if (!Descriptor(::open(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kPrivate))) return false;
+    if (std::rename(file, path) == 0) return true;
+    const int error = errno;
+    std::remove(path);
+    errno = error;
+    return false;
+}
+
+}  // namespace
+
+Destination::Destination(const std::string& directory, const Limits& limits, Scratch& scratch)
+    : directory_(directory),
+      limits_(limits),
+      left_(limits),
+      scratch_(scratch.below(directory)),
+      mode_(mode_of_new_files()) {
+    struct stat status {};
+    if (::stat(directory_.c_str(), &status) != 0) return;
+    if (!S_ISDIR(status.st_mode)) throw Failure(Exit::cannot_create, directory_ + ": is not a directory");
+    if (::access(directory_.c_str(), W_OK | X_OK) != 0) throw Failure::of_system_call(Exit::cannot_create, directory_);
+}
+
+// The next numbered name behind one that is taken.
+std::string Destination::next_path(const std::string& name) {
+    unsigned& number = last_numbers_.try_emplace(name, kFirstNumber - 1).first->second;
+    return directory_ + "/" + numbered(name, ++number);
+}
+
+std::string Destination::place(const std::string& name, const char* file, uint64_t size) {
+    const auto held = scratch_.hold();
+    std::string path = directory_ + "/" + name;
+    if (::chmod(file, mode_) != 0) throw Failure::of_system_call(Exit::cannot_create, path);
+    while (!moved(file, path.c_str())) {
+        if (errno != EEXIST) throw Failure::of_system_call(Exit::cannot_create, path);
+        path = next_path(name);
+    }
+    --left_.files;
+    left_.bytes -= size;
+    return path;
+}
+
+}  // namespace vel::command

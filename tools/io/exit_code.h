@@ -1,0 +1,30 @@
+// How the command ends: the exit codes of sysexits.h, and the failure of one file.
+#ifndef VEL_TOOLS_IO_EXIT_CODE_H
+#define VEL_TOOLS_IO_EXIT_CODE_H
+
+#include <stdexcept>
+#include <string>
+
+namespace vel::command {
+
+enum class Exit { success = 0, usage = 64, bad_data = 65, no_input = 66, cannot_create = 73, io_error = 74 };
+
+// Of several files the worst code counts.
+constexpr Exit worse(Exit a, Exit b) { return a < b ? b : a; }
+
+// Ends the work on one file; the text says why.
+class Failure : public std::runtime_error {
+  public:
+    Failure(Exit exit, const std::string& text) : std::runtime_error(text), exit_(exit) {}
+    Exit exit() const { return exit_; }
+
+    // "what: No such file or directory", from errno.
+    static Failure of_system_call(Exit exit, const std::string& what);
+
+  private:
+    Exit exit_;
+};
+
+}  // namespace vel::command
+
+#endif

@@ -1,0 +1,31 @@
+#include "tools/io/journal.h"
+
+#include <exception>
+#include <utility>
+
+#include "vel/platform/config.h"
+#include "vel/platform/log.h"
+
+namespace vel::command {
+
+Journal::Journal() { LogCaptureStart(&Journal::add, this); }
+
+Journal::~Journal() { LogCaptureStop(); }
+
+std::vector<LogLine> Journal::take() { return std::exchange(lines_, {}); }
+
+void Journal::add(void* self, int level, const char*, const char* text) noexcept {
+    try {
+        static_cast<Journal*>(self)->lines_.push_back({level, text});
+    } catch (const std::exception&) {
+        return;  // a line for which there is no memory is lost, the work goes on
+    }
+}
+
+SettingInForce::SettingInForce(const char* section, const char* key, const char* value) : section_(section), key_(key) {
+    if (value) ProfileOverlaySet(section, key, value);
+}
+
+SettingInForce::~SettingInForce() { ProfileOverlaySet(section_, key_, nullptr); }
+
+}  // namespace vel::command

@@ -1,0 +1,32 @@
+// A parsed message for programs.
+#ifndef VEL_TOOLS_MESSAGE_MESSAGE_JSON_H
+#define VEL_TOOLS_MESSAGE_MESSAGE_JSON_H
+
+#include <nlohmann/json_fwd.hpp>
+#include <string>
+
+#include "tools/io/output.h"
+#include "tools/message/message.h"
+
+namespace vel::command {
+
+using Json = nlohmann::ordered_json;
+
+// One line of ASCII. Texts must be in the form of json_text.
+std::string one_line(const Json& object);
+
+// [{"level": 1, "text": "..."}, ...]
+Json messages_json(const std::vector<LogLine>& lines);
+
+// What every verb says first about a message: file, mime, normalized, fallback, removed, messages.
+Json message_facts(const ParsedMessage& message);
+
+// [{"start": 10, "end": 20}, ...]
+Json ranges_json(const std::vector<Range>& ranges);
+
+// Writes the whole message as one object on one line, in the order of the help text.
+void write_json(const ParsedMessage& message, Output& output);
+
+}  // namespace vel::command
+
+#endif

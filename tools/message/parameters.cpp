@@ -1,0 +1,83 @@
+#include "tools/message/parameters.h"
+
+#include <charconv>
+#include <unordered_map>
+
+#include "tools/text/ascii.h"
+
+namespace vel::command {
+namespace {
+
+using Parameters = std::unordered_map<std::string, std::string>;
+
+std::string unquoted(std::string_view value) {
+    value = trimmed(value);
+    if (value.size() >= 2 && value.front() == '"' && value.back() == '"') value = value.substr(1, value.size() - 2);
+    return std::string(value);
+}
+
+// The first of several equal names counts.
+Parameters by_name(const ms* chain) {
+    Parameters result;
+    for (const ms* node = chain; node; node = node->next) {
+        const std::string_view text = text_of(node->text);
+        const std::size_t equals = text.find('=');
+        if (equals == std::string_view::npos) continue;
+        result.emplace(lower(trimmed(text.substr(0, equals))), unquoted(text.substr(equals + 1)));
+    }
+    return result;
+}
+
+std::string without_percent_escapes(std::string_view text) {
+    std::string result;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        unsigned byte = 0;
+        const char* digits = text.data() + i + 1;
+        if (text[i] == '%' && i + 2 < text.size() && std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2) {
+            result += static_cast<char>(byte);
+            i += 2;
+        } else {
+            result += text[i];
+        }
+    }
+    return result;
+}
+
+// Behind "charset'language'" (RFC 2231 section 4).
+std::string_view without_charset(std::string_view value) {
+    const std::size_t first = value.find('\'');
+    const std::size_t second = first == std::string_view::npos ? first : value.find('\'', first + 1);
+    return second == std::string_view::npos ? value : value.substr(second + 1);
+}
+
+// name*0, name*1*, ... (RFC 2231 section 3); a section whose name ends in "*" has percent escapes.
+std::optional<std::string> continued(const Parameters& all, const std::string& name) {
+    std::optional<std::string> result;
+    for (int section = 0;; ++section) {
+        const std::string key = name + "*" + std::to_string(section);
+        if (const auto plain = all.find(key); plain != all.end()) {
+            result = result.value_or("") + plain->second;
+        } else if (const auto escaped = all.find(key + "*"); escaped != all.end()) {
+            const std::string_view value = section == 0 ? without_charset(escaped->second) : escaped->second;
+            result = result.value_or("") + without_percent_escapes(value);
+        } else {
+            return result;
+        }
+    }
+}
+
+}  // namespace
+
+std::optional<std::string> parameter(const ms* chain, std::string_view name) {
+    if (!chain) return std::nullopt;
+    const Parameters all = by_name(chain);
+    const std::string key(name);
+    if (const auto extended = all.find(key + "*"); extended != all.end()) {
+        return without_percent_escapes(without_charset(extended->second));
+    }
+    if (auto value = continued(all, key)) return value;
+    const auto plain = all.find(key);
+    return plain == all.end() ? std::nullopt : std::optional(plain->second);
+}
+
+}  // namespace vel::command

@@ -1,0 +1,108 @@
+#include "tools/verbs/command_line.h"
+
+#include <algorithm>
+
+namespace vel::command {
+namespace {
+
+// The option parser takes a value in brackets for a list, unless something stands before them.
+constexpr char kGuard = '\x01';
+
+// Wherever in an argument its value begins, "-oVALUE" or "--output=VALUE".
+void guard(std::string& argument) {
+    std::string guarded;
+    for (const char c : argument) {
+        if (c == '[' || c == kGuard) guarded += kGuard;
+        guarded += c;
+    }
+    argument = std::move(guarded);
+}
+
+// Every second one of a run is the argument's own.
+std::string unguarded(const std::string& value) {
+    std::string text;
+    bool guards = false;
+    for (const char c : value) {
+        guards = c == kGuard && !guards;
+        if (!guards) text += c;
+    }
+    return text;
+}
+
+// It would wrap to a very large one.
+std::string not_negative(const std::string& number) {
+    if (number.starts_with('-')) throw CLI::ValidationError("must not be negative: " + number);
+    return number;
+}
+
+}  // namespace
+
+const char* const kAboutJsonTexts =
+    "Texts in JSON: a message's bytes that are not UTF-8 (0x80 to 0xFF) appear as the characters U+F780 to\n"
+    "U+F7FF. To get the bytes back, take each of these characters as the byte (code - 0xF700) and every other\n"
+    "character as its UTF-8.";
+
+CommandLine::CommandLine(const std::string& verb, const std::string& description, const std::string& footer)
+    : app_(description, "vel " + verb) {
+    app_.footer(footer);
+}
+
+void CommandLine::add_files(const char* name, const char* what) {
+    app_.add_option(name, files, std::string(what) + "; \"-\" is standard input")->required()->type_name("");
+    app_.add_flag("-r,--recursive", recursive,
+                  "Of a directory, read the Maildir or all files in it and below, but no links and nothing hidden save "
+                  "Maildirs");
+}
+
+void CommandLine::add_texts() {
+    app_.add_option("TEXT", texts, "Texts; \"-\" is standard input, a text a line")->required()->type_name("");
+}
+
+void CommandLine::add_json() {
+    const bool has_files = app_.get_option_no_throw("--recursive") != nullptr;
+    app_.add_flag("--json", json,
+                  has_files ? "One object a line; of a file that must be given up, one with file and error"
+                            : "One object a line");
+}
+
+void CommandLine::add_nested() {
+    app_.add_flag_callback(
+        "--no-nested", [this] { parse_options.nested = false; }, "Leave enclosed messages (message/rfc822) whole");
+}
+
+void CommandLine::add_verbose() {
+    app_.add_flag_callback(
+        "-v,--verbose", [this] { parse_options.level = kEveryLevel; },
+        "Show all that the library says, not only what is wrong");
+}
+
+std::optional<Exit> CommandLine::read(Arguments arguments, Session& session) {
+    for (CLI::Option* option : app_.get_options()) option->transform(unguarded);
+    std::for_each(arguments.begin(), arguments.end(), guard);
+    std::reverse(arguments.begin(), arguments.end());  // the order that it wants
+    try {
+        app_.parse(std::move(arguments));
+        return std::nullopt;
+    } catch (const CLI::CallForHelp&) {
+        session.output.write(app_.help());
+        return Exit::success;
+    } catch (const CLI::ParseError& error) {
+        return misuse(unguarded(error.what()), session);
+    }
+}
+
+CLI::Option* as_number(CLI::Option* option) { return option->transform(not_negative)->type_name("N"); }
+
+CLI::Option* as_size(CLI::Option* option) {
+    CLI::AsSizeValue with_unit(false);
+    with_unit.description("");
+    return option->transform(with_unit)->transform(not_negative)->type_name("SIZE");
+}
+
+Exit CommandLine::misuse(const std::string& text, Session& session) const {
+    session.output.complain({}, text);
+    session.output.complain({}, app_.get_name() + " --help tells more");
+    return Exit::usage;
+}
+
+}  // namespace vel::command

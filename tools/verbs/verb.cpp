@@ -1,0 +1,84 @@
+#include "tools/verbs/verb.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace vel::command {
+namespace {
+
+constexpr std::array kVerbs{
+    Verb{"parse", "show the entities of a message", run_parse},
+    Verb{"extract", "write the bodies of a message into files, decoded", run_extract},
+    Verb{"headers", "show the header fields of a message", run_headers},
+    Verb{"check", "tell what is wrong with a message, and where", run_check},
+    Verb{"split", "cut a mailbox into messages", run_split},
+    Verb{"address", "show what is made of an address list", run_address},
+    Verb{"date", "show what is made of a date", run_date},
+};
+
+constexpr std::string_view kHelp = "help";
+
+std::string row(std::string_view name, std::string_view summary) {
+    std::size_t width = kHelp.size();
+    for (const Verb& verb : kVerbs) width = std::max(width, verb.name.size());
+    return std::string("  ").append(name).append(width + 2 - name.size(), ' ').append(summary).append("\n");
+}
+
+std::string help() {
+    std::string text =
+        "Reads Internet mail.\n"
+        "Usage: vel VERB [OPTIONS] FILE...\n"
+        "\n"
+        "Verbs:\n";
+    for (const Verb& verb : kVerbs) text += row(verb.name, verb.summary);
+    text += row(kHelp, "show this, or with a verb behind it all about that verb");
+    return text +=
+           "\n"
+           "vel VERB --help is the same as vel help VERB; vel --version shows the version.\n"
+           "The file \"-\" is standard input. With many files all cores work; what is printed keeps their order.\n"
+           "Data goes to standard output, messages go to standard error.\n"
+           "Exit codes: 0 success, 64 usage, 65 bad data, 66 no input, 73 cannot create, 74 input/output error;\n"
+           "of several files the worst one counts.\n"
+           "\n"
+           "Example:\n"
+           "  printf 'Subject: test\\n\\ntext\\n' | vel parse -\n";
+}
+
+Exit answer(const std::string& text, Session& main) {
+    main.output.write(text);
+    return Exit::success;
+}
+
+Exit misuse(const std::string& text, Session& main) {
+    main.output.complain({}, text + "; vel --help lists them");
+    return Exit::usage;
+}
+
+Exit run_verb(const std::string& name, Arguments arguments, Session& main) {
+    const auto verb = std::find_if(kVerbs.begin(), kVerbs.end(), [&](const Verb& v) { return v.name == name; });
+    if (verb == kVerbs.end()) return misuse("no verb \"" + name + "\"", main);
+    return verb->run(std::move(arguments), main);
+}
+
+// "help VERB" stands for "VERB --help".
+Exit run_help(const Arguments& arguments, Session& main) {
+    if (arguments.empty() || arguments.front() == kHelp) return answer(help(), main);
+    return run_verb(arguments.front(), {"--help"}, main);
+}
+
+}  // namespace
+
+std::span<const Verb> verbs() { return kVerbs; }
+
+Exit run_command(Arguments arguments, Session& main) {
+    if (arguments.empty()) return misuse("no verb given", main);
+    const std::string wanted = arguments.front();
+    arguments.erase(arguments.begin());
+    if (wanted == "--help" || wanted == "-h") return answer(help(), main);
+    if (wanted == "--version") return answer("vel " VEL_VERSION "\n", main);
+    if (wanted == kHelp) return run_help(arguments, main);
+    return run_verb(wanted, std::move(arguments), main);
+}
+
+}  // namespace vel::command
