@@ -103,13 +103,7 @@ TEST_F(Base64, equals_the_slow_one) {
     }
 }
 
-TEST_F(Base64, every_length_comes_back) {
-    for (std::size_t length = 0; length <= 2000; ++length) {
-        const std::string bytes = random_bytes(length);
-        const std::string text = fed_text<Base64Encoder>(bytes, 1 + random_below(length + 1));
-        ASSERT_EQ(text, fed_text<Base64Encoder>(bytes, length + 1));
-        ASSERT_EQ(fed_text<Base64Decoder>(text, 1 + random_below(40)), bytes);
-    }
+TEST_F(Base64, a_big_file_comes_back) {
     const std::string bytes = random_bytes(200'000);
     const Outcome encoded = run(to64, bytes);
     EXPECT_EQ(encoded, (Outcome{0, bytes.size(), fed_text<Base64Encoder>(bytes, 1)}));

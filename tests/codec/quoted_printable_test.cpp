@@ -232,16 +232,5 @@ TEST_F(QuotedPrintable, equals_the_slow_one) {
     }
 }
 
-TEST_F(QuotedPrintable, every_length_comes_back) {
-    for (std::size_t length = 0; length <= 2000; ++length) {
-        std::string bytes = length % 2 ? random_bytes(length) : random_text(pieces_, length);
-        const std::size_t piece = 1 + random_below(30);
-        ASSERT_EQ(fed_text<QpDecoder>(fed_text<QpEncoder<kQpBinary>>(bytes, piece), 999), bytes);
-        const std::string text = fed_text<QpEncoder<kQpTextFile>>(bytes, piece);
-        if (bytes.ends_with('\r')) bytes.pop_back();
-        ASSERT_EQ(fed_text<QpDecoder>(text, piece), bytes);
-    }
-}
-
 }  // namespace
 }  // namespace vel::test

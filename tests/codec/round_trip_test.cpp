@@ -1,0 +1,153 @@
+// What a codec encodes comes back: random text of every length, but for what a row says.
+#include "codec/base64_decoder.h"
+#include "codec/base64_encoder.h"
+#include "codec/qp_decoder.h"
+#include "codec/qp_encoder.h"
+#include "codec/uu_decoder.h"
+#include "codec/uu_encoder.h"
+#include "tests/codec/codec_calls.h"
+#include "vel/words.h"
+
+namespace vel::test {
+namespace {
+
+using Pieces = std::vector<std::string>;
+
+// Of a list whose items are parted by "|".
+Pieces pieces_of(std::string_view list) {
+    Pieces pieces;
+    for (std::size_t end; (end = list.find('|')) != list.npos; list.remove_prefix(end + 1)) {
+        pieces.emplace_back(list.substr(0, end));
+    }
+    pieces.emplace_back(list);
+    return pieces;
+}
+
+Pieces any_bytes_and(Pieces pieces) {
+    for (int byte = 0; byte < 256; ++byte) pieces.emplace_back(1, static_cast<char>(byte));
+    return pieces;
+}
+
+struct Codec {
+    const char* name;
+    Pieces pieces;  // of which texts are made
+
+    // The text encoded and decoded, by so many bytes at a time.
+    std::string (*back)(const std::string& text, std::size_t size);
+
+    // What is to come back.
+    std::string (*kept)(std::string text) = [](std::string text) { return text; };
+};
+
+// ---- Bodies
+
+template <class Encoder, class Decoder>
+std::string through(const std::string& text, std::size_t size) {
+    const std::string encoded = fed_text<Encoder>(text, size);
+    EXPECT_EQ(encoded, fed_text<Encoder>(text, text.size() + 1));
+    return fed_text<Decoder>(encoded, size);
+}
+
+std::string through_uuencode(const std::string& text, std::size_t size) {
+    const std::string encoded = fed_text<UuEncoder>(text, size);
+    EXPECT_EQ(encoded, fed_text<UuEncoder>(text, text.size() + 1));
+    UuDecoder decoder;
+    std::string decoded;
+    for (std::string_view rest = encoded; !rest.empty();) {
+        const std::string_view line = rest.substr(0, rest.find('\n') + 1);
+        append_written(decoded, UuDecoder::kRoom, [&](Cursor& out) { decoder.take(line, out); });
+        rest.remove_prefix(line.size());
+    }
+    return decoded;
+}
+
+std::string without_last_cr(std::string text) {
+    if (text.ends_with('\r')) text.pop_back();
+    return text;
+}
+
+const Pieces kLinePieces = pieces_of(
+    "\r\n|\r\n|From |Fro|F| |\t|.|=4|=C3=a9|=0D\r\n|=\r\n|words that go on|"
+    "longwordlongwordlongwordlongwordlongwordlongwordlongwordlongwordlongword");
+
+// ---- Header texts
+
+std::string taken(char* text) {
+    const std::string result = text;
+    std::free(text);
+    return result;
+}
+
+void replace_all(std::string& text, std::string_view from, std::string_view to) {
+    for (std::size_t at = 0; (at = text.find(from, at)) != text.npos; at += to.size())
+        text.replace(at, from.size(), to);
+}
+
+// The lines of words made one again. A line end stands within a text that was cut, or before a word, or in the
+// place of the blank behind one.
+std::string unfolded(std::string words, const std::string& prefix) {
+    replace_all(words, "?=\r\n " + prefix, "");
+    replace_all(words, "?=\r\n ", "?= ");
+    replace_all(words, "\r\n ", "");
+    return words;
+}
+
+std::string through_q(const std::string& text, std::size_t) {
+    const std::string words = unfolded(taken(rfc1522encode(text.c_str())), "=?US-ASCII?Q?");
+    return words.empty() ? "" : taken(rfc1522decoding(words.c_str()));
+}
+
+// The size is that of the charset's name: up to one that leaves no room on a line.
+std::string through_b(const std::string& text, std::size_t size) {
+    const std::string charset(size, 'u');
+    const std::string words = unfolded(taken(rfc1522encode_wmc(text.c_str(), charset.c_str())), "=?" + charset + "?B?");
+    return words.empty() ? "" : taken(rfc1522decoding_wmc(words.c_str()));
+}
+
+// Blanks at the end go with the last word.
+std::string without_last_blanks(std::string text) {
+    if (IsStringAllAscii(text.c_str()) == 1) return text;
+    while (text.size() > 1 && text.ends_with(' ')) text.pop_back();
+    return text;
+}
+
+const Pieces kWordPieces = pieces_of(
+    " | |  |\t|=|=20|_|a|(|words|\x80|\xFF|\xE4|\xF6|\xFC\xFC|\xC3\xA4 |\xE4 \xF6|a\xFC| \xE4|"
+    "longwordlongwordlongwordlongwordlongwordlongwordlongword |"
+    "\xDF\xDF\xDF\xDF\xDF\xDF\xDF\xDF\xDF\xDF\xDF\xDF\xDF\xDF\xDF\xDF\xDF ");
+
+const Codec kCodecs[] = {
+    {"base64", any_bytes_and({}), through<Base64Encoder, Base64Decoder>},
+    {"quoted_printable_binary", any_bytes_and(kLinePieces), through<QpEncoder<kQpBinary>, QpDecoder>},
+    {"quoted_printable_text", any_bytes_and(kLinePieces), through<QpEncoder<kQpTextFile>, QpDecoder>, without_last_cr},
+    {"uuencode", any_bytes_and({}), through_uuencode},
+    {"words_q", kWordPieces, through_q, without_last_blanks},
+    {"words_b", kWordPieces, through_b, without_last_blanks},
+};
+
+void PrintTo(const Codec& codec, std::ostream* out) { *out << codec.name; }
+
+constexpr std::size_t kLongest = 10'000;
+
+// Beyond a few hundred bytes a build for debugging takes samples.
+#ifdef __OPTIMIZE__
+constexpr std::size_t kSampledBeyond = kLongest;
+#else
+constexpr std::size_t kSampledBeyond = 300;
+#endif
+
+class RoundTrip : public CodecTest, public testing::WithParamInterface<Codec> {};
+
+TEST_P(RoundTrip, every_length_comes_back) {
+    const Codec& codec = GetParam();
+    for (std::size_t length = 0; length <= kLongest; length += length < kSampledBeyond ? 1 : 97) {
+        const std::string text = random_text(codec.pieces, length);
+        ASSERT_EQ(codec.back(text, 1 + random_below(80)), codec.kept(text)) << length;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Codecs, RoundTrip, testing::ValuesIn(kCodecs),
+                         [](const auto& codec) { return std::string(codec.param.name); });
+
+}  // namespace
+}  // namespace vel::test
