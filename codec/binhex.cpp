@@ -9,7 +9,7 @@
 #include "codec/binhex_combine.h"
 #include "codec/binhex_forks.h"
 #include "codec/binhex_start.h"
-#include "codec/handle_io.h"
+#include "codec/limited_input.h"
 #include "frame/access.h"
 #include "frame/at_boundary.h"
 #include "frame/log.h"
@@ -75,7 +75,7 @@ int to_apple_single(SplitBHWorkArea& work, char*& path, char** name) {
 
 // Finds the text first, so that a body without one costs no file.
 int decode(int in, long count, char*& path, char** name) {
-    CountedInput input(in, std::min<long>(count, INT32_MAX));
+    LimitedInput input(in, count);
     BinhexStart start;
     Bytes block;
     do {

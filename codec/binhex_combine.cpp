@@ -6,6 +6,7 @@
 #include "codec/binhex_encoder.h"
 #include "codec/crc16.h"
 #include "codec/handle_io.h"
+#include "codec/limited_input.h"
 
 namespace vel {
 namespace {
@@ -32,7 +33,7 @@ class BinhexFile {
     // A fork and its CRC.
     bool add_fork(int in, uint32_t offset, uint32_t length) {
         if (length > 0 && SetFilePointer(in, static_cast<int32_t>(offset), nullptr, SEEK_SET) == -1) return false;
-        CountedInput input(in, length);
+        LimitedInput input(in, length);
         Crc16 crc;
         for (uint32_t left = length; left > 0;) {
             const Bytes bytes = input.next();

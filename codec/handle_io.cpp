@@ -25,6 +25,7 @@ CountedInput::CountedInput(int fd, int64_t count)
       buffer_(std::make_unique_for_overwrite<uint8_t[]>(block_)) {}
 
 Bytes CountedInput::next() {
+    if (used_up()) return {};
     // The last block is read whole, so that the descriptor mostly stands where it belongs already.
     const auto block = static_cast<int64_t>(block_);
     const int64_t wanted = std::min(block - read_ % block, in_full_blocks(count_) - read_);

@@ -23,15 +23,16 @@ extern "C" {
 VEL_API int ConvertASToBinHex(const char* sourcePath, char** outputPath);
 
 /* Finds BinHex text in a stretch of the input and decodes it to an AppleSingle file with the entries data
-   fork, resource fork, real name and Finder information (type, creator, flags, zeros). The text begins at the first ":"
-   behind "(This file must be converted with BinHex ", in just these letters; the version does not count. CR, LF,
-   blanks and tabs are skipped. What follows the last CRC is not looked at, and the closing ":" may be missing.
-     in          any descriptor that can be read, from its offset on
+   fork, resource fork, real name and Finder information (type, creator, flags, zeros). The text begins at the
+   first ":" behind "(This file must be converted with BinHex ", in just these letters; the version does not
+   count. CR, LF, blanks and tabs are skipped. What follows the last CRC is not looked at, and the closing ":"
+   may be missing.
+     in          any descriptor that can be read, a pipe too, from its offset on
      count       bytes to read, at most; 0 or less gives -1
      outputPath  receives the new file's path, which the caller frees; null fails
      macName     receives the name in the text, perhaps empty, which the caller frees: data from outside, with
-                 any characters in it; or null
-   Where the input stands afterwards is not fixed.
+                 any characters in it, and cut at a NUL; or null
+   Where in the stretch the input stands afterwards is not fixed.
    Returns 0; -1 when there is no such text or it ends early, when a CRC differs, when the name is longer than
    63 bytes or the forks do not fit into a file below 2 GiB, and when the output cannot be written; -2 for
    another character than those of BinHex before the last CRC.

@@ -4,6 +4,8 @@
 #include <thread>
 
 #include "codec/byte_buffer.h"
+#include "codec/handle_io.h"
+#include "codec/limited_input.h"
 #include "tests/codec/codec_calls.h"
 
 namespace vel::test {
@@ -54,6 +56,14 @@ TEST_F(HandleIo, uuencode_tells_a_failed_begin_line_from_other_failures) {
     const auto encode = [](int in, int out) { return uuencode(in, out, "n", "644"); };
     EXPECT_EQ(run(encode, "Cat", 5).result, 0);
     EXPECT_EQ(run(encode, "Cat", 14).result, -1);
+}
+
+TEST_F(HandleIo, no_bytes_are_read_of_an_empty_stretch) {
+    const int in = CreateFile(file("in", "text").c_str(), 1);
+    EXPECT_TRUE(CountedInput(in, 0).next().empty());
+    EXPECT_TRUE(LimitedInput(in, 0).next().empty());
+    EXPECT_EQ(SetFilePointer(in, 0, nullptr, SEEK_CUR), 0);
+    CloseHandle(in);
 }
 
 TEST_F(HandleIo, pipes_are_read_by_256_bytes) {
