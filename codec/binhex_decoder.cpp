@@ -3,7 +3,6 @@
 
 #include <algorithm>
 
-#include "codec/binhex_alphabet.h"
 #include "codec/quantum.h"
 
 namespace vel {

@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 
+#include "codec/binhex_alphabet.h"
 #include "codec/bytes.h"
 
 namespace vel {
@@ -37,9 +38,9 @@ struct SplitBHWorkArea {
     vel::Bytes packed;  // bytes whose runs are not expanded yet
 
     std::unique_ptr<uint8_t[]> buffer;
-    vel::Bytes output;    // decoded bytes that nobody took yet
-    uint8_t last = 0;     // the byte that a run repeats
-    bool marked = false;  // a run's count is next
+    vel::Bytes output;                  // decoded bytes that nobody took yet
+    uint8_t last = vel::kBinhexMarker;  // the byte that a run repeats; at first one that no name is as long as
+    bool marked = false;                // a run's count is next
 };
 
 // Turns characters of the input into packed bytes. White space is skipped, a colon ends the stream and fills the

@@ -2,104 +2,22 @@
 
 #include <fcntl.h>
 
-#include <array>
 #include <climits>
 #include <cstdio>
 
 #include "codec/big_endian.h"
-#include "codec/binhex_alphabet.h"
 #include "codec/binhex_encoder.h"
 #include "codec/crc16.h"
 #include "frame/line_file.h"
 #include "tests/codec/binhex_split.h"
 #include "tests/codec/codec_calls.h"
+#include "tests/codec/mac_file.h"
 #include "vel/platform/log.h"
 
 namespace vel::test {
 namespace {
 
-using namespace std::string_literals;
 using testing::ElementsAre;
-
-std::string big(uint32_t value, int bytes) {
-    std::string text;
-    while (bytes-- > 0) text += static_cast<char>(value >> 8 * bytes);
-    return text;
-}
-
-// Bit by bit, as the rules have it.
-uint16_t slow_crc(std::string_view bytes) {
-    unsigned crc = 0;
-    for (const char byte : bytes) {
-        crc ^= static_cast<unsigned>(static_cast<uint8_t>(byte)) << 8;
-        for (int bit = 0; bit < 8; ++bit) crc = (crc << 1 ^ (crc & 0x8000 ? 0x1021 : 0)) & 0xFFFF;
-    }
-    return static_cast<uint16_t>(crc);
-}
-
-std::string with_crc(const std::string& bytes) { return bytes + big(slow_crc(bytes), 2); }
-
-std::string slow_runs(std::string_view bytes) {
-    std::string packed;
-    for (std::size_t at = 0, end = 0; at < bytes.size(); at = end) {
-        const char byte = bytes[at];
-        for (end = at; end < bytes.size() && bytes[end] == byte && end - at < 255;) ++end;
-        if (byte == '\x90') {
-            packed += "\x90\0"s;
-            end = at + 1;
-        } else {
-            packed += end - at < 3 ? std::string(end - at, byte) : byte + "\x90"s + static_cast<char>(end - at);
-        }
-    }
-    return packed;
-}
-
-// Everything behind the banner's line.
-std::string slow_text(std::string packed) {
-    packed.append((3 - packed.size() % 3) % 3, '\xFF');
-    std::string characters = ":";
-    for (std::size_t bit = 0; bit < packed.size() * 8; bit += 6) {
-        unsigned value = 0;
-        for (std::size_t i = bit; i < bit + 6; ++i) value = value << 1 | (packed[i / 8] >> (7 - i % 8) & 1);
-        characters += kBinhexAlphabet[value];
-    }
-    for (std::size_t at = 64; at <= characters.size(); at += 66) characters.insert(at, "\r\n");
-    return characters + ":\r\n\r\n";
-}
-
-constexpr std::string_view kBanner = "(This file must be converted with BinHex 4.0)\r\n";
-
-// A Macintosh file, as both formats hold it.
-struct MacFile {
-    std::string name = "a name";
-    std::string type = "TEXT", creator = "ttxt";
-    unsigned flags = 0;
-    std::string data = "", resource = "";
-
-    std::string stream() const {
-        const std::string header = static_cast<char>(name.size()) + name + '\0' + type + creator + big(flags, 2);
-        return with_crc(header + big(length(data), 4) + big(length(resource), 4)) + with_crc(data) + with_crc(resource);
-    }
-    std::string hqx() const { return std::string(kBanner) + slow_text(slow_runs(stream())); }
-
-    std::string apple_single() const {
-        uint32_t offset = 74;
-        std::string head = "\0\x05\x16\0\0\x02\0\0"s + std::string(16, '\0') + big(4, 2), entries;
-        const auto add = [&](uint32_t id, const std::string& entry) {
-            head += big(id, 4) + big(offset, 4) + big(length(entry), 4);
-            offset += length(entry);
-            entries += entry;
-        };
-        add(1, data);
-        add(2, resource);
-        add(3, name);
-        add(9, type + creator + big(flags, 2) + std::string(22, '\0'));
-        return head + entries;
-    }
-
-  private:
-    static uint32_t length(const std::string& text) { return static_cast<uint32_t>(text.size()); }
-};
 
 class Binhex : public CodecTest {
   protected:
@@ -126,7 +44,6 @@ class Binhex : public CodecTest {
             const SmallDisk full(disk);
             made.result = ConvertBinHexToAS(in, count, &path, &name);
         }
-        EXPECT_EQ(path != nullptr, made.result == 0);
         EXPECT_EQ(name != nullptr, made.result == 0);
         if (name) made.name = name;
         std::free(name);
@@ -141,12 +58,12 @@ class Binhex : public CodecTest {
             const SmallDisk full(disk);
             made.result = ConvertASToBinHex(source.c_str(), &path);
         }
-        EXPECT_EQ(path != nullptr, made.result == 0);
         return taken(made, path);
     }
 
     // The file goes, and nothing else may be there.
     Made taken(Made made, char* path) {
+        EXPECT_EQ(path != nullptr, made.result == 0);
         if (path) {
             EXPECT_TRUE(std::string(path).starts_with((directory() / "binhex").string()));
             made.content = content(path);
@@ -169,7 +86,6 @@ class Binhex : public CodecTest {
 
 TEST_F(Binhex, crc) {
     EXPECT_EQ(slow_crc("123456789"), 0x31C3);
-    EXPECT_EQ(Crc16().finished(), 0);
     for (std::size_t length = 0; length < 100; ++length) {
         const std::string bytes = random_bytes(length);
         const std::size_t cut = random_below(length + 1);
@@ -178,54 +94,30 @@ TEST_F(Binhex, crc) {
         crc.more(bytes_of(bytes).subspan(cut));
         ASSERT_EQ(crc.finished(), slow_crc(bytes)) << length;
     }
-    EXPECT_EQ(to_MAC_WORD(to_MAC_WORD(0x1234)), 0x1234);
-    EXPECT_EQ(long_at(bytes_of("\x90\x01\x02\x03").data()), 0x90010203u);
 }
 
 TEST_F(Binhex, a_small_file_both_ways) {
-    const std::string text = std::string(kBanner) + ":!@%!9%9B9(4dH(3!N!8&!*!%TkKSC@aXEm0L!!$r:\r\n\r\n";
+    const std::string text = kBanner + ":!@%!9%9B9(4dH(3!N!8&!*!%TkKSC@aXEm0L!!$r:\r\n\r\n";
     const MacFile mac{"a", "TEXT", "ttxt", 0, "hello", ""};
     EXPECT_EQ(encoded(mac.apple_single()), (Made{0, text, ""}));
     EXPECT_EQ(decoded(text), (Made{0, mac.apple_single(), "a"}));
 }
 
+std::string packed(std::string_view bytes) { return ":" + fed_text<BinhexEncoder>(bytes, 1000); }
+
 TEST_F(Binhex, runs) {
-    struct {
-        std::string bytes, packed;
-    } const rows[] = {
-        {"", ""},
-        {"aab", "aab"},
-        {"aaab",
-         "a\x90\x03"
-         "b"},
-        {"aabbccc", "aabbc\x90\x03"},
-        {std::string(255, 'a'), "a\x90\xFF"},
-        {std::string(256, 'a') + "b",
-         "a\x90\xFF"
-         "ab"},
-        {std::string(300, 'a'),
-         "a\x90\xFF"
-         "a\x90\x2D"},
-    };
-    for (const auto& row : rows) {
-        for (const std::size_t piece : {1, 2, 1000}) {
-            EXPECT_EQ(":" + fed_text<BinhexEncoder>(row.bytes, piece), slow_text(row.packed)) << row.bytes;
-        }
-    }
+    EXPECT_EQ(packed("aabbbb"), slow_text("aab\x90\x04"));
+    EXPECT_EQ(packed(std::string(300, 'a')), slow_text("a\x90\xFF" + "a\x90\x2D"s));
+    EXPECT_EQ(packed(std::string(256, 'a') + "b"), slow_text("a\x90\xFF" + "ab"s));
 }
 
 TEST_F(Binhex, kept_a_marker_is_written_as_a_pair_each_time) {
-    const auto packed = [](std::string_view bytes) { return ":" + fed_text<BinhexEncoder>(bytes, 100); };
-    EXPECT_EQ(packed("\x90\x90"), slow_text("\x90\0\x90\0"s));
-    EXPECT_EQ(packed("aaa\x90\x90\x90"
-                     "a"),
-              slow_text("a\x90\x03\x90\0\x90\0\x90\0a"s));
+    EXPECT_EQ(packed("aaa\x90\x90\x90"), slow_text("a\x90\x03\x90\0\x90\0\x90\0"s));
 }
 
 TEST_F(Binhex, kept_the_last_group_is_filled_with_ff) {
-    EXPECT_EQ(fed_text<BinhexEncoder>("abc", 3).substr(4), ":\r\n\r\n");
-    EXPECT_EQ(":" + fed_text<BinhexEncoder>("abcd", 4), slow_text("abcd\xFF\xFF"));
-    EXPECT_EQ(":" + fed_text<BinhexEncoder>("abcde", 5), slow_text("abcde\xFF"));
+    EXPECT_EQ(packed("abcd"), slow_text("abcd\xFF\xFF"));
+    EXPECT_EQ(packed("abcdef").size(), slow_text("abcdef").size());
 }
 
 TEST_F(Binhex, equals_the_slow_one_at_every_length) {
@@ -238,7 +130,7 @@ TEST_F(Binhex, equals_the_slow_one_at_every_length) {
 }
 
 TEST_F(Binhex, files_of_every_size) {
-    for (const std::size_t size : {0, 1, 63, 255, 4096, 40'000, 200'000}) {
+    for (const std::size_t size : {0, 1, 63, 4096, 200'000}) {
         const MacFile mac = random_file(size, size / 3);
         EXPECT_EQ(encoded(mac.apple_single()), (Made{0, mac.hqx(), ""})) << size;
         EXPECT_EQ(decoded(mac.hqx()), (Made{0, mac.apple_single(), mac.name})) << size;
@@ -259,9 +151,8 @@ TEST_F(Binhex, kept_flags_are_read_and_not_written) {
 TEST_F(Binhex, finds_and_reads_text) {
     const MacFile mac{"name", "TEXT", "ttxt", 0, "some data, aaaaaaaaaaaaaaaaaaaaaaaaaaa, \x90 and more of it", "fork"};
     const std::string text = mac.hqx(), characters = text.substr(kBanner.size());
-    const std::string banner(kBanner);
-    const auto closing = text.rfind(':');
-    const auto changed = [&](std::size_t at, const char* by) { return std::string(text).replace(at, 1, by); };
+    const std::size_t within = kBanner.size() + 5;
+    const auto with = [&](std::string_view piece) { return std::string(text).replace(within, 1, piece); };
     struct {
         const char* name;
         std::string text;
@@ -269,51 +160,39 @@ TEST_F(Binhex, finds_and_reads_text) {
     } const rows[] = {
         {"text around it", "prose: (This (This file\r\n" + text + "more:"},
         {"a mismatch begins the banner", "(This file " + text},
+        {"white space", std::string(text).insert(text.rfind(':'), "\n \r").insert(within, " \t\r\n\n\r ")},
         {"no banner", characters, -1},
-        {"no colon", banner + characters.substr(1, 80), -1},
+        {"no colon", kBanner + characters.substr(1, 80), -1},
         {"nothing", "", -1},
-        {"no characters", banner + "::", -1},
-        {"white space", std::string(text).insert(closing, "\n \r").insert(banner.size() + 5, " \t\r\n\n\r ")},
-        {"outside the alphabet", changed(banner.size() + 5, "7"), -2},
-        {"above 127", changed(banner.size() + 5, "\xA0"), -2},
-        {"NUL", changed(banner.size() + 5, "\n").replace(banner.size() + 5, 1, 1, '\0'), -2},
+        {"no characters", kBanner + "::", -1},
+        {"outside the alphabet", with("7"), -2},
+        {"above 127", with("\xA0"), -2},
+        {"NUL", with("\0"s), -2},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(decoded(row.text).result, row.result);
-        for (const std::size_t piece : {1, 3, 64, 5000}) {
-            const SplitFile got = split(row.text, piece);
-            EXPECT_EQ(got.result, row.result) << "in pieces of " << piece;
-            if (row.result == 0) {
-                EXPECT_EQ(got, (SplitFile{0, mac.name, mac.data, mac.resource}));
-            }
-        }
+        const SplitFile expected =
+            row.result == 0 ? SplitFile{0, mac.name, mac.data, mac.resource} : SplitFile{row.result, "", "", ""};
+        EXPECT_EQ(decoded(row.text).result, row.result) << row.name;
+        for (const std::size_t piece : {1, 3, 5000}) EXPECT_EQ(split(row.text, piece), expected) << row.name << piece;
     }
 }
 
 TEST_F(Binhex, kept_the_banner_counts_in_its_letters_and_with_any_version) {
     const std::string characters = MacFile().hqx().substr(kBanner.size());
-    EXPECT_EQ(decoded("(This file must be converted with BinHex 5.0) or so\r\n" + characters).result, 0);
-    EXPECT_EQ(decoded("(this file must be converted with BinHex 4.0)\r\n" + characters).result, -1);
-}
-
-TEST_F(Binhex, kept_the_version_in_a_header_does_not_count) {
-    const std::string empty_fork(2, '\0'),
-        stream = with_crc("\1nVTEXTttxt\0\0\0\0\0\0\0\0\0\0"s) + empty_fork + empty_fork;
-    EXPECT_EQ(decoded(std::string(kBanner) + slow_text(stream)), (Made{0, MacFile{"n"}.apple_single(), "n"}));
+    EXPECT_EQ(split("(This file must be converted with BinHex 5.0) or so\r\n" + characters, 1000).result, 0);
+    EXPECT_EQ(split("(this file must be converted with BinHex 4.0)\r\n" + characters, 1000).result, -1);
 }
 
 TEST_F(Binhex, kept_what_follows_the_last_crc_does_not_count) {
     MacFile mac;
     for (mac.data = ""; mac.data.size() < 3; mac.data += 'd') {  // the last CRC ends anywhere in its group
-        const std::string packed = slow_runs(mac.stream()), text = mac.hqx();
-        const std::size_t closing = text.rfind(':');
-        const std::size_t needed = closing - (3 - packed.size() % 3) % 3;  // without the characters of the pad
-        for (const char* end : {"", "\r\n", "~", ":", "\xFF\xFF", "!!!!!!!!!!!!"}) {
-            EXPECT_EQ(split(text.substr(0, needed) + end, 1000).result, 0) << packed.size() << end;
+        const std::string text = mac.hqx();
+        const std::size_t pad = (3 - slow_runs(mac.stream()).size() % 3) % 3, needed = text.rfind(':') - pad;
+        for (const char* end : {"", "\r\n", "~", ":", "!!!!!!!!!!!!"}) {
+            EXPECT_EQ(split(text.substr(0, needed) + end, 1000).result, 0) << pad << end;
         }
-        EXPECT_EQ(split(text.substr(0, needed - 1), 1000).result, -1) << packed.size();
-        EXPECT_EQ(split(text.substr(0, needed - 1) + '~', 1000).result, -2) << packed.size();
+        EXPECT_EQ(split(text.substr(0, needed - 1), 1000).result, -1) << pad;
+        EXPECT_EQ(split(text.substr(0, needed - 1) + '~', 1000).result, -2) << pad;
     }
 }
 
@@ -327,42 +206,43 @@ TEST_F(Binhex, kept_a_colon_fills_the_last_group_with_zeros) {
     EXPECT_EQ(split(text.substr(0, last_group) + ":", 1000).result, -1);
 }
 
-TEST_F(Binhex, refuses_streams_that_are_wrong) {
-    const auto text_of = [](const std::string& packed) { return std::string(kBanner) + slow_text(packed); };
-    const auto header = [](const std::string& name, uint32_t data, uint32_t resource) {
-        return with_crc(static_cast<char>(name.size()) + name + "\0TEXTttxt\0\0"s + big(data, 4) + big(resource, 4));
+std::string packed_header(const std::string& name, std::size_t data, std::size_t resource, char version = '\0') {
+    const std::string fields = version + "TEXTttxt\0\0"s + big(data, 4) + big(resource, 4);
+    return slow_runs(with_crc(big(name.size(), 1) + name + fields));
+}
+
+TEST_F(Binhex, kept_the_version_in_a_header_does_not_count) {
+    const std::string empty_forks(4, '\0');
+    EXPECT_EQ(split(kBanner + slow_text(packed_header("n", 0, 0, 'V') + empty_forks), 7), (SplitFile{0, "n", "", ""}));
+}
+
+TEST_F(Binhex, reads_runs_and_refuses_streams_that_are_wrong) {
+    const std::string empty(2, '\0');  // a fork and its CRC
+    const auto fork = [&](const std::string& bytes, const std::string& as) {
+        return packed_header("n", bytes.size(), 0) + as + big(slow_crc(bytes), 2) + empty;
     };
-    const std::string empty_fork(2, '\0'), longest(63, 'n');
     struct {
         const char* name;
         std::string packed;
         int result = -1;
     } const rows[] = {
-        {"empty forks", header("n", 0, 0) + empty_fork + empty_fork, 0},
-        {"no name", header("", 0, 0) + empty_fork + empty_fork, 0},
-        {"longest name", slow_runs(header(longest, 0, 0) + empty_fork + empty_fork), 0},
-        {"name too long", slow_runs(header(longest + 'n', 0, 0) + empty_fork + empty_fork)},
-        {"name of 255", slow_runs(header(std::string(255, 'n'), 0, 0) + empty_fork + empty_fork)},
-        {"repeated marker",
-         header("n", 4, 0) + with_crc("\x90\x90\x90\x90").replace(0, 4, "\x90\0\x90\x04"s) + empty_fork, 0},
-        {"a run of one",
-         header("n", 3, 0) +
-             with_crc("aab").replace(0, 3,
-                                     "a\x90\x01"
-                                     "ab"s) +
-             empty_fork,
-         0},
-        {"header CRC", header("n", 0, 0).replace(21, 1, "!") + empty_fork + empty_fork},
-        {"data CRC", header("n", 1, 0) + "a!!" + empty_fork},
-        {"resource CRC", header("n", 0, 1) + empty_fork + "a!!"},
-        {"fork of 2 GiB", header("n", 0x80000000, 0) + empty_fork + empty_fork},
-        {"forks of 4 GiB", header("n", 0xFFFFFFFF, 0xFFFFFFFF) + empty_fork + empty_fork},
-        {"forks of 2 GiB together", header("n", 0x40000000, 0x40000000) + empty_fork + empty_fork},
-        {"fork longer than the stream", header("n", 0x7FFFFF00, 0) + empty_fork + empty_fork},
+        {"a marker, repeated", fork("\x90\x90\x90\x90", "\x90\0\x90\x04"s), 0},
+        {"a run of one", fork("aab", "a\x90\x01" + "ab"s), 0},
+        {"a byte behind a run", fork("aab", "a\x90\x02" + "b"s), 0},
+        {"a run of nothing", "\x90\x7F"s},  // zeros would be a file
+        {"no name", packed_header("", 0, 0) + empty + empty, 0},
+        {"longest name", packed_header(std::string(63, 'n'), 0, 0) + empty + empty, 0},
+        {"name too long", packed_header(std::string(64, 'n'), 0, 0) + empty + empty},
+        {"header CRC", packed_header("n", 0, 0).replace(3, 1, "!") + empty + empty},
+        {"data CRC", packed_header("n", 1, 0) + "a!!" + empty},
+        {"resource CRC", packed_header("n", 0, 1) + empty + "a!!"},
+        {"fork of 2 GiB", packed_header("n", 0x80000000, 0) + empty + empty},
+        {"forks of 4 GiB", packed_header("n", 0xFFFFFFFF, 0xFFFFFFFF) + empty + empty},
+        {"forks of 2 GiB together", packed_header("n", 0x40000000, 0x40000000) + empty + empty},
+        {"fork longer than the stream", packed_header("n", 0x7FFFFF00, 0) + empty + empty},
     };
     for (const auto& row : rows) {
-        EXPECT_EQ(split(text_of(row.packed), 7).result, row.result) << row.name;
-        EXPECT_EQ(decoded(text_of(row.packed)).result, row.result) << row.name;
+        EXPECT_EQ(decoded(kBanner + slow_text(row.packed)).result, row.result) << row.name;
     }
 }
 
@@ -370,8 +250,7 @@ TEST_F(Binhex, damage_leaves_no_file) {
     const MacFile mac = random_file(150, 40);
     const std::string text = mac.hqx();
     for (std::size_t at = 0; at < text.size(); ++at) {
-        const bool whole = at >= text.rfind(':') - 2;
-        if (!whole) {
+        if (at < text.rfind(':') - 2) {
             ASSERT_EQ(decoded(text.substr(0, at)).result, -1) << at;
         }
         std::string flipped = text;
@@ -380,55 +259,51 @@ TEST_F(Binhex, damage_leaves_no_file) {
     }
 }
 
+// Entries of id, offset and length; the first byte behind them is at 26 + 12 * their number.
+std::string with_entries(const std::vector<std::array<std::size_t, 3>>& entries, const std::string& rest) {
+    std::string text = std::string(24, '?') + big(entries.size(), 2);
+    for (const auto& entry : entries) {
+        for (const std::size_t number : entry) text += big(number, 4);
+    }
+    return text + rest;
+}
+
 TEST_F(Binhex, kept_apple_single_is_read_by_its_descriptors) {
-    const MacFile mac{"name", "TYPE", "CREA", 0, "the data", "the resource"};
-    const auto made_of = [](const std::vector<std::array<std::string, 3>>& entries, const std::string& rest) {
-        std::string text(24, '?');
-        text += big(static_cast<uint32_t>(entries.size()), 2);
-        for (const auto& [id, offset, length] : entries) text += id + offset + length;
-        return text + rest;
-    };
-    const auto entry = [](uint32_t id, uint32_t offset, uint32_t size) {
-        return std::array<std::string, 3>{big(id, 4), big(offset, 4), big(size, 4)};
-    };
-    const auto hqx = [&](auto change) {
-        MacFile copy = mac;
-        change(copy);
-        return copy.hqx();
-    };
-    const std::string sixty_three(63, 'n');
+    const std::string zeros(4, '\0');
     struct {
         const char* name;
         std::string file;
-        std::string hqx;  // empty: refused
+        MacFile mac;
     } const rows[] = {
         {"any order, others skipped, any magic",
-         made_of(
-             {entry(9, 86, 8), entry(3, 94, 4), entry(8, 0xFFFFFFFF, 0xFFFFFFFF), entry(2, 98, 12), entry(1, 110, 8)},
-             "TYPECREAnamethe resourcethe data"),
-         mac.hqx()},
-        {"the last of two", made_of({entry(1, 0, 5), entry(1, 50, 3)}, "new"),
-         hqx([](MacFile& f) { f = {"", std::string(4, '\0'), std::string(4, '\0'), 0, "new", ""}; })},
-        {"no entries", made_of({}, "anything"),
-         hqx([](MacFile& f) { f = {"", std::string(4, '\0'), std::string(4, '\0'), 0, "", ""}; })},
-        {"short Finder information", made_of({entry(9, 38, 5)}, "TYPEC"),
-         hqx([](MacFile& f) { f = {"", "TYPE", "C\0\0\0"s, 0, "", ""}; })},
-        {"name of 70", made_of({entry(3, 38, 70)}, std::string(70, 'n')),
-         hqx([&](MacFile& f) { f = {sixty_three, std::string(4, '\0'), std::string(4, '\0'), 0, "", ""}; })},
-        {"ends at the end", made_of({entry(1, 38, 0)}, ""),
-         hqx([](MacFile& f) { f = {"", std::string(4, '\0'), std::string(4, '\0'), 0, "", ""}; })},
-        {"empty file", "", ""},
-        {"cut before the count", std::string(25, '\0'), ""},
-        {"more descriptors than bytes", made_of({entry(1, 0, 0)}, "").replace(24, 2, "\0\x02"s), ""},
-        {"65,535 descriptors", std::string(24, '\0') + "\xFF\xFF" + std::string(9000, '\0'), ""},
-        {"data behind the end", made_of({entry(1, 38, 1)}, ""), ""},
-        {"resource of 2 GiB", made_of({entry(2, 0, 0x80000000)}, ""), ""},
-        {"name whose end wraps", made_of({entry(3, 0xFFFFFFFF, 2)}, "abc"), ""},
-        {"Finder information behind the end", made_of({entry(9, 39, 32)}, std::string(32, 'f')), ""},
+         with_entries({{9, 86, 8}, {3, 94, 4}, {8, 0xFFFFFFFF, 0xFFFFFFFF}, {2, 98, 12}, {1, 110, 8}},
+                      "TYPECREAnamethe resourcethe data"),
+         {"name", "TYPE", "CREA", 0, "the data", "the resource"}},
+        {"the last of two", with_entries({{1, 0, 5}, {1, 50, 3}}, "new"), {"", zeros, zeros, 0, "new", ""}},
+        {"no entries", with_entries({}, "anything"), {"", zeros, zeros, 0, "", ""}},
+        {"short Finder information", with_entries({{9, 38, 5}}, "TYPEC"), {"", "TYPE", "C\0\0\0"s, 0, "", ""}},
+        {"name of 70", with_entries({{3, 38, 70}}, std::string(70, 'n')), {std::string(63, 'n'), zeros, zeros}},
+        {"ends at the end", with_entries({{1, 38, 0}}, ""), {"", zeros, zeros, 0, "", ""}},
+        {"all of 8192 bytes",
+         with_entries(std::vector(680, std::array<std::size_t, 3>{}), std::string(6, '?')),
+         {"", zeros, zeros, 0, "", ""}},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(encoded(row.file), (Made{row.hqx.empty() ? -1 : 0, row.hqx, ""})) << row.name;
-    }
+    for (const auto& row : rows) EXPECT_EQ(encoded(row.file), (Made{0, row.mac.hqx(), ""})) << row.name;
+}
+
+TEST_F(Binhex, refuses_apple_single_that_is_wrong) {
+    const std::pair<const char*, std::string> rows[] = {
+        {"empty file", ""},
+        {"cut before the count", std::string(25, '\0')},
+        {"more descriptors than bytes", with_entries({{1, 0, 0}}, "").replace(24, 2, "\0\x02"s)},
+        {"descriptors behind 8192 bytes", with_entries(std::vector(681, std::array<std::size_t, 3>{}), "")},
+        {"65,535 descriptors", std::string(24, '\0') + "\xFF\xFF" + std::string(9000, '\0')},
+        {"data behind the end", with_entries({{1, 38, 1}}, "")},
+        {"resource of 2 GiB", with_entries({{2, 0, 0x80000000}}, "")},
+        {"name whose end wraps", with_entries({{3, 0xFFFFFFFF, 2}}, "abc")},
+        {"Finder information behind the end", with_entries({{9, 39, 32}}, std::string(32, 'f'))},
+    };
+    for (const auto& [name, file] : rows) EXPECT_EQ(encoded(file).result, -1) << name;
 }
 
 TEST_F(Binhex, a_full_disk_leaves_no_file) {
@@ -441,26 +316,34 @@ TEST_F(Binhex, a_full_disk_leaves_no_file) {
     EXPECT_EQ(decoded(text, 50).result, -1);
 }
 
-TEST_F(Binhex, counts_pipes_and_null_arguments) {
+TEST_F(Binhex, reads_as_many_bytes_of_a_file_or_pipe_as_it_is_told) {
     const MacFile mac = random_file(3000, 10);
     const std::string text = mac.hqx();
-    int ends[2];
-    ASSERT_EQ(::pipe(ends), 0);
-    ASSERT_TRUE(write_all(ends[1], text.data(), text.size()));
-    ::close(ends[1]);
-    EXPECT_EQ(decoded_from(ends[0], LONG_MAX), (Made{0, mac.apple_single(), mac.name}));
-    ::close(ends[0]);
-
+    const auto size = static_cast<long>(text.size());
     const int in = CreateFile(file("in", "skip" + text).c_str(), 1);
-    const auto from_4 = [&](long count) { return SetFilePointer(in, 4, nullptr, SEEK_SET), decoded_from(in, count); };
-    EXPECT_EQ(from_4(static_cast<long>(text.size())).result, 0);
-    EXPECT_EQ(from_4(static_cast<long>(text.size()) / 2).result, -1);
-    EXPECT_EQ(from_4(0).result, -1);
-    EXPECT_EQ(from_4(-1).result, -1);
-    EXPECT_EQ(decoded_from(-1, 100).result, -1);
-    EXPECT_EQ(ConvertBinHexToAS(in, 100, nullptr, nullptr), -1);
+    const std::pair<long, int> rows[] = {{LONG_MAX, 0}, {size, 0}, {size / 2, -1}, {0, -1}, {-1, -1}};
+    for (const auto& [count, result] : rows) {
+        SetFilePointer(in, 4, nullptr, SEEK_SET);
+        EXPECT_EQ(decoded_from(in, count).result, result) << count;
+    }
     CloseHandle(in);
 
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    ASSERT_TRUE(write_all(ends[1], (text + "rest").data(), text.size() + 4));
+    EXPECT_EQ(decoded_from(ends[0], size), (Made{0, mac.apple_single(), mac.name}));
+    char rest[5];
+    EXPECT_EQ(::read(ends[0], rest, sizeof rest), 4);
+    ::close(ends[0]);
+    ::close(ends[1]);
+}
+
+TEST_F(Binhex, wrong_arguments_and_places_fail) {
+    const std::string text = MacFile().hqx();
+    const int in = CreateFile(file("text", text).c_str(), 1);
+    EXPECT_EQ(ConvertBinHexToAS(in, LONG_MAX, nullptr, nullptr), -1);
+    CloseHandle(in);
+    EXPECT_EQ(decoded_from(-1, 100).result, -1);
     char* path = nullptr;
     EXPECT_EQ(ConvertASToBinHex(nullptr, &path), -1);
     EXPECT_EQ(ConvertASToBinHex("x", nullptr), -1);
@@ -468,7 +351,7 @@ TEST_F(Binhex, counts_pipes_and_null_arguments) {
     EXPECT_EQ(take_log(1).size(), 1u) << "the file layer's complaint";
     set("Gateway", "TemporaryDirectory", (directory() / "missing").c_str());
     EXPECT_EQ(decoded(text).result, -1);
-    EXPECT_EQ(encoded(mac.apple_single()).result, -1);
+    EXPECT_EQ(encoded(MacFile().apple_single()).result, -1);
 }
 
 // Closes the output behind the decoder's back, as soon as its creation is traced, and puts another file in its
