@@ -5,6 +5,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdlib>
+
 namespace vel::test {
 
 CommandTest::CommandTest() { std::filesystem::create_directory(temporary()); }
@@ -37,6 +39,15 @@ pid_t CommandTest::start(const std::vector<std::string>& arguments, int in, int 
               0);
     posix_spawn_file_actions_destroy(&actions);
     return process;
+}
+
+int CommandTest::shell(const std::string& line) const {
+    const std::string here = directory().string();
+    file("line", "cd " + here +
+                     "; export HOME=$PWD TMPDIR=$PWD/tmp OSTRA_CONFIG_DIR=$PWD PATH=$PWD/bin:/usr/bin:/bin\n" + line);
+    std::filesystem::create_directory(here + "/bin");
+    if (!std::filesystem::exists(here + "/bin/vel")) std::filesystem::create_symlink(VEL_COMMAND, here + "/bin/vel");
+    return WEXITSTATUS(std::system(("bash " + here + "/line").c_str()));
 }
 
 int CommandTest::wait_for(pid_t process) {

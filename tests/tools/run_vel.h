@@ -30,6 +30,9 @@ class CommandTest : public VelTest {
 
     Ended run(const std::vector<std::string>& arguments, const std::string& standard_input = "") const;
 
+    // Runs a line of a shell in the test's directory, where vel is the command; its exit code.
+    int shell(const std::string& line) const;
+
     // Starts the command with its standard input, output and perhaps error on these descriptors.
     pid_t start(const std::vector<std::string>& arguments, int in, int out, int error = -1) const;
     static int wait_for(pid_t process);  // as Ended.exit

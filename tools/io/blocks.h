@@ -14,7 +14,7 @@
 
 namespace vel::command {
 
-// Positions in a message are 32 bits.
+// The library's positions are 32 bits.
 constexpr bool is_too_large(uint64_t size) { return size > uint64_t{std::numeric_limits<int32_t>::max()}; }
 [[noreturn]] void throw_too_large();
 

@@ -8,20 +8,14 @@
 
 #include "tools/io/descriptor.h"
 #include "tools/io/exit_code.h"
+#include "tools/io/scratch_file.h"
 #include "tools/text/safe_name.h"
 
 namespace vel::command {
 namespace {
 
-constexpr mode_t kEverybody = 0666;
 constexpr mode_t kPrivate = 0600;
 constexpr unsigned kFirstNumber = 2;  // the second file of a name
-
-mode_t mode_of_new_files() {
-    const mode_t mask = ::umask(0);
-    ::umask(mask);
-    return kEverybody & ~mask;
-}
 
 // Moves a file to a path where nothing stands. False with errno, EEXIST when something does.
 bool moved(const char* file, const char* path) {

@@ -13,8 +13,8 @@ namespace {
 
 constexpr std::string_view kStandardInput = "-";
 
-// Nothing for a regular file, which is parsed where it is.
-std::vector<PrivateFile> private_copy(const std::string& name, Session& session) {
+// Nothing for a regular file, which is read where it is.
+std::vector<PrivateFile> private_copy(const std::string& name, Session& session, const char* about_directory) {
     std::vector<PrivateFile> copies;
     if (name == kStandardInput) {
         session.output.wait_for_turn();  // who is named first reads it
@@ -24,7 +24,7 @@ std::vector<PrivateFile> private_copy(const std::string& name, Session& session)
     const Descriptor file = open_for_reading(name);
     struct stat status {};
     if (::fstat(file.get(), &status) != 0) throw Failure::of_system_call(Exit::io_error, "");
-    if (S_ISDIR(status.st_mode)) throw Failure(Exit::no_input, "is a directory; --recursive reads what is in it");
+    if (S_ISDIR(status.st_mode)) throw Failure(Exit::no_input, about_directory);
     if (!S_ISREG(status.st_mode)) {
         copies.push_back(copy_stream(file.get(), session.scratch));
     } else if (is_too_large(static_cast<uint64_t>(status.st_size))) {
@@ -70,10 +70,15 @@ bool has_bare_line_ends(const std::string& path) {
     return search.found();
 }
 
-Input open_input(const std::string& name, Session& session) {
+Input open_as_it_stands(const std::string& name, Session& session, const char* about_directory) {
     Input input;
-    input.copies = private_copy(name, session);
+    input.copies = private_copy(name, session, about_directory);
     input.path = input.copies.empty() ? name : input.copies.back().path();
+    return input;
+}
+
+Input open_input(const std::string& name, Session& session) {
+    Input input = open_as_it_stands(name, session, "is a directory; --recursive reads what is in it");
     if (has_bare_line_ends(input.path)) {
         input.copies.push_back(copy_with_line_ends(input.path, session.scratch));
         input.path = input.copies.back().path();

@@ -21,6 +21,10 @@ struct Input {
 // Failure: no_input for what cannot be read, bad_data for a message of 2 GiB or more.
 Input open_input(const std::string& name, Session& session);
 
+// Opens a file of any kind likewise, as it stands; about_directory is what is said when it is one. Its path is
+// that of a regular file below 2 GiB.
+Input open_as_it_stands(const std::string& name, Session& session, const char* about_directory = "is a directory");
+
 // Whether a line of the header block, its blank line included, ends in bare LF.
 bool has_bare_line_ends(const std::string& path);
 

@@ -2,6 +2,7 @@
 #ifndef VEL_TOOLS_IO_LIBRARY_OWNED_H
 #define VEL_TOOLS_IO_LIBRARY_OWNED_H
 
+#include <cstdlib>
 #include <memory>
 
 #include "vel/mime.h"
@@ -24,7 +25,30 @@ struct LineFileClosed {
 };
 using LineFile = std::unique_ptr<VEL_FILE, LineFileClosed>;
 
+// A text that the caller frees.
+struct Freed {
+    void operator()(char* text) const { std::free(text); }
+};
+using Text = std::unique_ptr<char, Freed>;
+
+// A handle of the descriptor calls; -1 is none.
+class Handle {
+  public:
+    explicit Handle(int handle) : handle_(handle) {}
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+    ~Handle() {
+        if (handle_ != -1) fileclose(handle_);
+    }
+    int get() const { return handle_; }
+
+  private:
+    int handle_;
+};
+
 constexpr int kForReading = 1;
+constexpr int kForWriting = 2;
+constexpr int kUnbuffered = 0;
 
 // A range of a message file, in bytes; end is the offset behind the last one.
 struct Range {

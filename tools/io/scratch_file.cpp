@@ -1,15 +1,23 @@
 #include "tools/io/scratch_file.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 
 #include "tools/io/exit_code.h"
 
 namespace vel::command {
 namespace {
 
+constexpr mode_t kEverybody = 0666;
 constexpr mode_t kPrivate = 0600;
 
 }  // namespace
+
+mode_t mode_of_new_files() {
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    return kEverybody & ~mask;
+}
 
 ScratchFile::ScratchFile(Scratch& scratch)
     : file_(scratch.new_path()), fd_(::open(file_.path().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kPrivate)) {

@@ -2,6 +2,8 @@
 #ifndef VEL_TOOLS_IO_SCRATCH_FILE_H
 #define VEL_TOOLS_IO_SCRATCH_FILE_H
 
+#include <sys/types.h>
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -10,6 +12,9 @@
 #include "tools/io/scratch.h"
 
 namespace vel::command {
+
+// What a file gets when it leaves the private directory, as the umask has it.
+mode_t mode_of_new_files();
 
 class ScratchFile {
   public:

@@ -54,6 +54,32 @@ void CommandLine::add_files(const char* name, const char* what) {
                   "Maildirs");
 }
 
+void CommandLine::add_file() {
+    app_.add_option("FILE", files, "File to read; \"-\", also by default, is standard input")
+        ->expected(0, 1)
+        ->type_name("");
+    app_.add_option("-o,--output", output, "File to write, all of it or nothing; standard output by default")
+        ->type_name("PATH");
+}
+
+void CommandLine::add_word(const char* name, const char* what, std::vector<std::string> words) {
+    app_.add_option(name, word, what)
+        ->required()
+        ->type_name("")
+        ->check(CLI::IsMember(std::move(words)).description(""));
+}
+
+void CommandLine::only_with(std::vector<std::string> words, CLI::Option* option) {
+    limited_.push_back({option, std::move(words)});
+}
+
+const CommandLine::Limited* CommandLine::misplaced() const {
+    const auto found = std::find_if(limited_.begin(), limited_.end(), [&](const Limited& limited) {
+        return limited.option->count() > 0 && std::count(limited.words.begin(), limited.words.end(), word) == 0;
+    });
+    return found == limited_.end() ? nullptr : &*found;
+}
+
 void CommandLine::add_texts() {
     app_.add_option("TEXT", texts, "Texts; \"-\" is standard input, a text a line")->required()->type_name("");
 }
@@ -82,13 +108,15 @@ std::optional<Exit> CommandLine::read(Arguments arguments, Session& session) {
     std::reverse(arguments.begin(), arguments.end());  // the order that it wants
     try {
         app_.parse(std::move(arguments));
-        return std::nullopt;
     } catch (const CLI::CallForHelp&) {
         session.output.write(app_.help());
         return Exit::success;
     } catch (const CLI::ParseError& error) {
         return misuse(unguarded(error.what()), session);
     }
+    if (const Limited* option = misplaced())
+        return misuse(option->option->get_name() + " does not go with " + word, session);
+    return std::nullopt;
 }
 
 CLI::Option* as_number(CLI::Option* option) { return option->transform(not_negative)->type_name("N"); }

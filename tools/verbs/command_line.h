@@ -3,8 +3,11 @@
 #define VEL_TOOLS_VERBS_COMMAND_LINE_H
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tools/io/exit_code.h"
@@ -23,13 +26,25 @@ class CommandLine {
 
     // FILE... under another name perhaps, --recursive
     void add_files(const char* name = "FILE", const char* what = "Messages");
+    void add_file();     // FILE, --output: one file makes another
     void add_texts();    // TEXT...
     void add_json();     // --json
     void add_nested();   // --no-nested
     void add_verbose();  // --verbose
 
+    // The first argument, which names a row of a table: the codec of vel encode.
+    template <class Rows>
+    void add_word(const char* name, const char* what, const Rows& rows) {
+        std::vector<std::string> words;
+        for (const auto& row : rows) words.emplace_back(row.name);
+        add_word(name, what, std::move(words));
+    }
+
     // For options of the verb's own.
     CLI::App& app() { return app_; }
+
+    // Has an option go with some of the words only.
+    void only_with(std::vector<std::string> words, CLI::Option* option);
 
     // Reads the arguments; the exit code when nothing is left to do (help was asked for, or wrong usage).
     std::optional<Exit> read(Arguments arguments, Session& session);
@@ -37,15 +52,32 @@ class CommandLine {
     // Says what is wrong with arguments that do not go together.
     Exit misuse(const std::string& text, Session& session) const;
 
+    std::string word;
     std::vector<std::string> files;
+    std::string output = "-";
     bool recursive = false;
     std::vector<std::string> texts;
     bool json = false;
     ParseOptions parse_options;
 
   private:
+    struct Limited {
+        CLI::Option* option;
+        std::vector<std::string> words;
+    };
+
+    void add_word(const char* name, const char* what, std::vector<std::string> words);
+    const Limited* misplaced() const;
+
     CLI::App app_;
+    std::vector<Limited> limited_;
 };
+
+// The row that a word of the command line names.
+template <class Rows>
+const auto& row_named(const Rows& rows, std::string_view name) {
+    return *std::find_if(rows.begin(), rows.end(), [&](const auto& row) { return row.name == name; });
+}
 
 // Has an option take a number that is not negative: N; or SIZE, in bytes or with K, M, G for powers of 1024.
 CLI::Option* as_number(CLI::Option* option);

@@ -13,6 +13,10 @@ constexpr std::array kVerbs{
     Verb{"headers", "show the header fields of a message", run_headers},
     Verb{"check", "tell what is wrong with a message, and where", run_check},
     Verb{"split", "cut a mailbox into messages", run_split},
+    Verb{"encode", "write a file in base64, quoted-printable, uuencode or BinHex", run_encode},
+    Verb{"decode", "write a file out of one of these", run_decode},
+    Verb{"word", "encode and decode encoded words in header texts", run_word},
+    Verb{"japanese", "convert a file between JIS and Shift-JIS", run_japanese},
     Verb{"address", "show what is made of an address list", run_address},
     Verb{"date", "show what is made of a date", run_date},
 };
@@ -27,8 +31,8 @@ std::string row(std::string_view name, std::string_view summary) {
 
 std::string help() {
     std::string text =
-        "Reads Internet mail.\n"
-        "Usage: vel VERB [OPTIONS] FILE...\n"
+        "Internet mail from the shell: takes messages apart, encodes and decodes.\n"
+        "Usage: vel VERB [OPTIONS] [FILE | TEXT]...\n"
         "\n"
         "Verbs:\n";
     for (const Verb& verb : kVerbs) text += row(verb.name, verb.summary);

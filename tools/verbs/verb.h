@@ -48,6 +48,10 @@ Exit run_extract(Arguments arguments, Session& main);
 Exit run_headers(Arguments arguments, Session& main);
 Exit run_check(Arguments arguments, Session& main);
 Exit run_split(Arguments arguments, Session& main);
+Exit run_encode(Arguments arguments, Session& main);
+Exit run_decode(Arguments arguments, Session& main);
+Exit run_word(Arguments arguments, Session& main);
+Exit run_japanese(Arguments arguments, Session& main);
 Exit run_address(Arguments arguments, Session& main);
 Exit run_date(Arguments arguments, Session& main);
 
