@@ -19,7 +19,8 @@
 // and what it captures it only reads. Data goes through session.output.write, a message through
 // session.output.complain; both come out in the order of the files. What must happen in that order, such as
 // giving out names in a directory, comes behind session.output.wait_for_turn(). Failure gives a file up.
-// A verb without files does its work with main itself.
+// A verb without files does its work with main itself. One that makes one file out of another is written with
+// transfer_file (one_file.h).
 #ifndef VEL_TOOLS_VERBS_VERB_H
 #define VEL_TOOLS_VERBS_VERB_H
 
