@@ -16,14 +16,15 @@ struct Addresses : RecipTbl {
     ~Addresses() { Clear_RT(this); }
 };
 
-// Nothing stands behind the first address. Where something does, the rest would be lost with the parser's
-// result: it may be prose that parses as nothing.
+// Nothing stands behind the first address, not even a comma or a semicolon. What does would be lost with the
+// parser's result: it may be prose that parses as nothing.
 bool first_address_is_all(std::string_view value) {
+    while (!value.empty() && ascii::is_space(value.back())) value.remove_suffix(1);
+    if (value.ends_with(',') || value.ends_with(';')) return false;
     const COwned<char> text = copy_text(value);
     recipient first{};
-    const char* rest = ParseAddr(text.get(), &first);
+    const char* const rest = ParseAddr(text.get(), &first);
     Clear_RP(&first);
-    while (ascii::is_space(*rest)) ++rest;
     return *rest == '\0';
 }
 

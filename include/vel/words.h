@@ -29,8 +29,8 @@ VEL_API int IsStringAllAscii(const char* text);
 
 /* Encodes a field's value, of any field. All ASCII stays as it is. A value that is one address from end to
    end, no group, is written anew, phrase <address> (comment), and each of the three is encoded by itself as
-   by rfc1522encoding2; the inside of a phrase in quotes is encoded, the quotes stay. Any other value is
-   taken for text, as by rfc1522encoding2.
+   by rfc1522encoding2; the inside of a phrase in quotes is encoded, the quotes stay, and so does an address
+   of ASCII. Any other value, such as one that ends in a comma, is taken for text, as by rfc1522encoding2.
    A lone word is an address, too; the last comment of an address is kept, up to 255 characters of it.
    Takes the address parser's lock. */
 VEL_API char* rfc1522encoding(const char* value);
