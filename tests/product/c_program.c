@@ -4,8 +4,10 @@
 #include <string.h>
 
 #include "layout.h"
+#include "vel/binhex.h"
 #include "vel/codec.h"
 #include "vel/frame.h"
+#include "vel/japanese.h"
 #include "vel/mime.h"
 #include "vel/platform/config.h"
 #include "vel/platform/log.h"
@@ -13,6 +15,7 @@
 #include "vel/rfc822.h"
 #include "vel/types.h"
 #include "vel/vel.h"
+#include "vel/words.h"
 
 static void check(int holds, const char* what) {
     if (holds) return;
@@ -73,6 +76,49 @@ static void use_settings_and_locks(void) {
     DeleteCriticalSection(&section);
 }
 
+/* Checks a text that a call has made, and frees it. */
+static void expect_made(char* text, const char* wanted) {
+    expect_text(text, wanted);
+    free(text);
+}
+
+static void use_header_texts(void) {
+    char mixed[] = "a\tb\r\n";
+    uint8_t first = 0x88, second = 0x9F;
+    check(IsStringAllAscii("a") == 1 && IsStringAllAscii("\xFC") == 0, "ASCII is told from the rest");
+    expect_made(rfc1522encoding_wmc("an \xFC", "x"), "an =?x?B?/A==?=");
+    expect_made(rfc1522decoding_wmc("an =?x?B?/A==?="), "an \xFC");
+    expect_made(Get1522Charset("an =?x?B?/A==?="), "x");
+    sjis2jis(&first, &second);
+    check(first == 0x30 && second == 0x21, "a character becomes JIS");
+    expect_made(bufShiftJIS2JIS("\x93\xFA"), "\033$BF|\033(J");
+    expect_made(bufJIS2ShiftJIS_wmc("\033$BF|\033(J"), "\x93\xFA");
+    expect_text(EliminateCntrlChars(mixed), "ab");
+}
+
+/* An AppleSingle file of a data fork "data" becomes BinHex text and comes back. */
+static void use_binhex(void) {
+    static const char apple[] = "\0\5\x16\0\0\2\0\0________________\0\1\0\0\0\1\0\0\0\x26\0\0\0\4data";
+    char *source = VELGetTempFileName(NULL, "as"), *text = NULL, *back = NULL, *name = NULL;
+    const int32_t head = 26 + 4 * 12; /* of a file with four entries, whose data fork comes first */
+    char data[] = "....";
+    uint32_t put = 0, got = 0;
+    int handle = CreateFile(source, 0);
+    check(WriteFile(handle, apple, sizeof apple - 1, &put, NULL) == 1 && CloseHandle(handle) == 1, "a file is written");
+    check(ConvertASToBinHex(source, &text) == 0, "ConvertASToBinHex");
+    handle = CreateFile(text, 1);
+    check(ConvertBinHexToAS(handle, (long)GetFileSize(handle, NULL), &back, &name) == 0, "ConvertBinHexToAS");
+    CloseHandle(handle);
+    handle = CreateFile(back, 1);
+    check(SetFilePointer(handle, head, NULL, 0) == head && ReadFile(handle, data, 4, &got, NULL) == 1, "reading it");
+    CloseHandle(handle);
+    expect_text(data, "data");
+    expect_made(name, "");
+    MimeFreeFile(source);
+    MimeFreeFile(text);
+    MimeFreeFile(back);
+}
+
 int main(void) {
     mime_msg_pool* pool = NULL;
     MimeMsg* record;
@@ -84,6 +130,8 @@ int main(void) {
     expect_text(appName, "c_program");
 
     use_settings_and_locks();
+    use_header_texts();
+    use_binhex();
 
     path = VELGetTempFileName(NULL, "msg");
     check(path != NULL, "VELGetTempFileName");
