@@ -1,11 +1,14 @@
 // What a codec encodes comes back: random text of every length, but for what a row says.
 #include "codec/base64_decoder.h"
 #include "codec/base64_encoder.h"
+#include "codec/binhex_encoder.h"
 #include "codec/qp_decoder.h"
 #include "codec/qp_encoder.h"
 #include "codec/uu_decoder.h"
 #include "codec/uu_encoder.h"
+#include "tests/codec/binhex_split.h"
 #include "tests/codec/codec_calls.h"
+#include "tests/codec/mac_file.h"
 #include "vel/words.h"
 
 namespace vel::test {
@@ -60,6 +63,19 @@ std::string through_uuencode(const std::string& text, std::size_t size) {
     }
     return decoded;
 }
+
+// The text as two forks.
+std::string through_binhex(const std::string& text, std::size_t size) {
+    MacFile mac;
+    mac.data = text.substr(0, text.size() * size / 80);
+    mac.resource = text.substr(mac.data.size());
+    const SplitFile back = split(kBanner + ":" + fed_text<BinhexEncoder>(mac.stream(), size), size);
+    EXPECT_EQ(back, (SplitFile{kBinhexDone, mac.name, mac.data, mac.resource}));
+    return back.data + back.resource;
+}
+
+const Pieces kRunPieces = {
+    "\x90", "\x90\x90", "\0"s, "a", "a", "aaa", "b\xFF", std::string(254, 'r'), std::string(400, 'r')};
 
 std::string without_last_cr(std::string text) {
     if (text.ends_with('\r')) text.pop_back();
@@ -121,6 +137,8 @@ const Codec kCodecs[] = {
     {"quoted_printable_binary", any_bytes_and(kLinePieces), through<QpEncoder<kQpBinary>, QpDecoder>},
     {"quoted_printable_text", any_bytes_and(kLinePieces), through<QpEncoder<kQpTextFile>, QpDecoder>, without_last_cr},
     {"uuencode", any_bytes_and({}), through_uuencode},
+    {"binhex", any_bytes_and(kRunPieces), through_binhex},
+    {"binhex_runs", kRunPieces, through_binhex},
     {"words_q", kWordPieces, through_q, without_last_blanks},
     {"words_b", kWordPieces, through_b, without_last_blanks},
 };
