@@ -101,7 +101,6 @@ int ConvertBinHexToAS(int in, long count, char** outputPath, char** macName) {
     if (!outputPath) return vel::kBinhexFailed;
     *outputPath = nullptr;
     if (macName) *macName = nullptr;
-    if (count <= 0) return vel::kBinhexFailed;
     return vel::at_boundary(vel::kBinhexFailed, [=] { return vel::decode(in, count, *outputPath, macName); });
 }
 

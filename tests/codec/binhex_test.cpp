@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "codec/big_endian.h"
+#include "codec/binhex_combine.h"
 #include "codec/binhex_encoder.h"
 #include "codec/crc16.h"
 #include "frame/line_file.h"
@@ -38,7 +39,7 @@ class Binhex : public CodecTest {
     }
 
     Made decoded_from(int in, long count, std::size_t disk = kEndless) {
-        char *path = nullptr, *name = nullptr;
+        char unset, *path = &unset, *name = &unset;
         Made made{};
         {
             const SmallDisk full(disk);
@@ -52,7 +53,7 @@ class Binhex : public CodecTest {
 
     Made encoded(std::string_view apple_single, std::size_t disk = kEndless) {
         const std::string source = file("in", apple_single);
-        char* path = nullptr;
+        char unset, *path = &unset;
         Made made{};
         {
             const SmallDisk full(disk);
@@ -233,16 +234,38 @@ TEST_F(Binhex, reads_runs_and_refuses_streams_that_are_wrong) {
         {"no name", packed_header("", 0, 0) + empty + empty, 0},
         {"longest name", packed_header(std::string(63, 'n'), 0, 0) + empty + empty, 0},
         {"name too long", packed_header(std::string(64, 'n'), 0, 0) + empty + empty},
+        {"name of 255", packed_header(std::string(255, 'n'), 0, 0) + empty + empty},
         {"header CRC", packed_header("n", 0, 0).replace(3, 1, "!") + empty + empty},
         {"data CRC", packed_header("n", 1, 0) + "a!!" + empty},
         {"resource CRC", packed_header("n", 0, 1) + empty + "a!!"},
-        {"fork of 2 GiB", packed_header("n", 0x80000000, 0) + empty + empty},
-        {"forks of 4 GiB", packed_header("n", 0xFFFFFFFF, 0xFFFFFFFF) + empty + empty},
-        {"forks of 2 GiB together", packed_header("n", 0x40000000, 0x40000000) + empty + empty},
-        {"fork longer than the stream", packed_header("n", 0x7FFFFF00, 0) + empty + empty},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(decoded(kBanner + slow_text(row.packed)).result, row.result) << row.name;
+    }
+}
+
+TEST_F(Binhex, forks_that_no_file_holds_are_refused_before_they_are_read) {
+    constexpr std::size_t kMost = INT32_MAX - 74 - 63 - 32;  // beside header, longest name and Finder information
+    struct {
+        std::size_t data, resource;
+        const char* read;
+    } const rows[] = {{kMost, 0, "bytes"}, {1, kMost - 1, "b"},         {kMost + 1, 0, ""},
+                      {kMost, kMost, ""},  {0x80000000, 0, ""},         {0x40000000, 0x40000000, ""},
+                      {1, 0xFFFFFFFF, ""}, {0xFFFFFFFF, 0xFFFFFFFF, ""}};
+    for (const auto& [data, resource, read] : rows) {
+        const SplitFile got = split(kBanner + slow_text(packed_header("n", data, resource) + "bytes"), 1000);
+        EXPECT_EQ(got.result, -1);
+        EXPECT_EQ(got.data.substr(0, 5), read) << data << " + " << resource;  // the pad is behind them
+    }
+}
+
+TEST_F(Binhex, a_fork_that_cannot_be_written_ends_the_stream) {
+    const std::string characters = slow_text(slow_runs(random_file(10, 10).stream())).substr(1);
+    for (const bool data_fails : {true, false}) {
+        SplitBHWorkArea work([] { return Bytes(); }, bytes_of(characters));
+        tagBinhex_Header header{};
+        const auto sink = [](bool works) { return [=](Bytes) { return works; }; };
+        EXPECT_EQ(SplitBinHexForks(work, header, sink(!data_fails), sink(data_fails)), -1);
     }
 }
 
@@ -307,7 +330,7 @@ TEST_F(Binhex, refuses_apple_single_that_is_wrong) {
 }
 
 TEST_F(Binhex, a_full_disk_leaves_no_file) {
-    const MacFile mac = random_file(50'000, 10'000);
+    const MacFile mac = random_file(200'000, 10'000);
     const std::string text = mac.hqx(), apple_single = mac.apple_single();
     for (const std::size_t missing : {std::size_t{1}, std::size_t{100}, text.size() - 60}) {
         EXPECT_EQ(decoded(text, apple_single.size() - missing).result, -1);
@@ -342,6 +365,11 @@ TEST_F(Binhex, wrong_arguments_and_places_fail) {
     const std::string text = MacFile().hqx();
     const int in = CreateFile(file("text", text).c_str(), 1);
     EXPECT_EQ(ConvertBinHexToAS(in, LONG_MAX, nullptr, nullptr), -1);
+    tagBinhex_Header header{};
+    header.resourceLength = to_MAC_LONG(static_cast<uint32_t>(text.size() + 1));
+    const int out = CreateFile(file("out", "").c_str(), 2);
+    EXPECT_EQ(CombineBinhexRaw(header, in, 0, 0, out), -1) << "the input ends within a fork";
+    CloseHandle(out);
     CloseHandle(in);
     EXPECT_EQ(decoded_from(-1, 100).result, -1);
     char* path = nullptr;
