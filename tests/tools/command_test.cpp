@@ -373,6 +373,29 @@ TEST_F(CommandTest, ExtractSaysWhatDoesNotDecode) {
     }
 }
 
+// Its file is called "a".
+const std::string kBinhex =
+    "(This file must be converted with BinHex 4.0)\n:!@%!9%9B9(4dH(3!N!8&!*!%T\nkKSC@aXEm0L!!$r:\n";
+
+TEST_F(CommandTest, MakesAppleSingleFilesOfBinhex) {
+    const std::string type = "Content-Type: application/mac-binhex40",
+                      damaged = std::string(kBinhex).replace(60, 1, "~");
+    const std::string message = multipart({type + "; name=report.HQX\n\n" + kBinhex, type + "\n\n" + kBinhex,
+                                           type + "\nContent-Transfer-Encoding: quoted-printable\n\n" + kBinhex,
+                                           type + "\n\n" + damaged, "\ntext\n" + kBinhex});
+    EXPECT_EQ(run({"extract", "-o", target(), "-"}, message).err,
+              "vel: -: part 4 does not decode; written as it stands\n");
+    const Files files = extracted();
+    for (const char* name : {"report.as", "a.as", "a-2.as"}) {
+        EXPECT_THAT(files.at(name), StartsWith(std::string("\0\x05\x16\0\0\x02\0\0", 8))) << name;
+    }
+    EXPECT_THAT(files.at("part-3.hqx"), StartsWith("(This file"));
+    EXPECT_EQ(files.at("part-4.hqx"), crlf(damaged + "\n"));
+    const Ended checked = run({"check", "-"}, message);
+    EXPECT_THAT(checked.out, HasSubstr("part 4: the body does not decode as its encoding says"));
+    EXPECT_EQ(std::count(checked.out.begin(), checked.out.end(), '\n'), 1) << checked.out;
+}
+
 TEST_F(CommandTest, WritesFilesAsTheUmaskHasItAndBodiesInPrivate) {
     const mode_t before = ::umask(027);
     run({"extract", "-o", target(), "-"}, "Subject: x\r\n\r\ny");

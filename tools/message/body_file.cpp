@@ -17,6 +17,16 @@ bool is_quoted_printable(const MimeMsg& record) {
     return same(text_of(record.contentTransferEncoding), "quoted-printable");
 }
 
+bool names_encoding(const MimeMsg& record) {
+    const std::string encoding = lower(text_of(record.contentTransferEncoding));
+    return encoding == "base64" || is_quoted_printable(record) || encoding.find("uue") != std::string::npos;
+}
+
+// An encoding goes before the type: BinHex text that it yields stays text.
+bool is_binhex(const MimeMsg& record) {
+    return same(text_of(record.contentSubtype), "mac-binhex40") && !names_encoding(record);
+}
+
 // The library says nothing of a body that does not decode, but delivers it byte for byte.
 bool is_as_stored(const MimeMsg& record, const ResultFile& file) {
     if (!is_encoded(record) || size_of_body(record) == 0 || size_of(file) != size_of_body(record)) return false;
@@ -69,14 +79,10 @@ BodyFile write_body(MimeMsg& record, Form form, Scratch& scratch) {
     ResultFile file = whole_body(record, form, written_to);
     if (form == Form::raw) return {std::move(file), false};
     const bool decoded = !is_as_stored(record, file);
-    return {std::move(file), decoded};
+    return {std::move(file), decoded, decoded && is_binhex(record) && size_of_body(record) > 0};
 }
 
-bool is_encoded(const MimeMsg& record) {
-    const std::string encoding = lower(text_of(record.contentTransferEncoding));
-    return encoding == "base64" || is_quoted_printable(record) || encoding.find("uue") != std::string::npos ||
-           same(text_of(record.contentSubtype), "mac-binhex40");
-}
+bool is_encoded(const MimeMsg& record) { return names_encoding(record) || is_binhex(record); }
 
 bool hides_content_in_header(const MimeMsg& record) {
     constexpr std::string_view kBlankLine = "\r\n";

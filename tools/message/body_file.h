@@ -15,7 +15,8 @@ enum class Form {
 
 struct BodyFile {
     ResultFile file;
-    bool decoded;  // false: the body calls for a decoding that has failed, or was not asked for
+    bool decoded;               // false: the body calls for a decoding that has failed, or was not asked for
+    bool apple_single = false;  // both forks of a Macintosh file, out of BinHex text
 };
 
 // Writes a body into a private directory; the record learns its true name. Throws Failure when it cannot be

@@ -6,22 +6,32 @@
 #include "tools/io/private_copy.h"
 #include "tools/message/entity.h"
 #include "tools/message/part_name.h"
+#include "tools/text/ascii.h"
 #include "tools/text/safe_name.h"
 
 namespace vel::command {
 namespace {
 
-constexpr const char* kEntityExtension = ".eml";  // of what is a header block with a body
+constexpr const char* kEntityExtension = ".eml";      // of what is a header block with a body
+constexpr const char* kAppleSingleExtension = ".as";  // of both forks in one file
+constexpr std::string_view kBinhexExtension = ".hqx";
 
 // A flat message has a piece of text behind each attachment, also where nothing follows.
 bool is_empty_remainder(const MimeMsg& record, int index) {
     return index > 0 && !record.contentType && record.headerStart == record.bodyStart && size_of_body(record) == 0;
 }
 
-std::string file_name(const MimeMsg& record, int index, Form form) {
+// Both forks in one file are neither BinHex text nor what opens by the name of the file within.
+void tell_apple_single(std::string& name) {
+    if (lower(name).ends_with(kBinhexExtension)) name.resize(name.size() - kBinhexExtension.size());
+    name += kAppleSingleExtension;
+}
+
+std::string file_name(const MimeMsg& record, int index, Form form, bool apple_single) {
     std::string name = safe_name(given_name(record).value_or(""));
     if (name.empty()) name = "part-" + std::to_string(index) + extension_of(record);
     if (form == Form::raw) name += kEntityExtension;
+    if (apple_single) tell_apple_single(name);
     return name;
 }
 
@@ -94,7 +104,7 @@ class Extractor {
             if (leaves_out(*part.size)) return part.body.reset();
         }
         const MimeMsg& record = message_.record(part.index);
-        const std::string name = file_name(record, part.index, part.form);
+        const std::string name = file_name(record, part.index, part.form, part.body->apple_single);
         const std::string path = destination_.place(name, part.body->file.get(), *part.size);
         result_.files.push_back({part.index, path, *part.size, type_of(record), given_name(record),
                                  record.trueName ? std::optional<std::string>(record.trueName) : std::nullopt,
