@@ -1,5 +1,6 @@
 // A Japanese file in its place.
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -40,13 +41,16 @@ bool fail(const char* message) {
     return false;
 }
 
+// A file takes another one's place when all of it is on the disk.
+bool is_stored(int fd) { return ::fsync(fd) == 0; }
+
 bool copy(int in, int out) {
     const auto piece = std::make_unique_for_overwrite<char[]>(kPiece);
     ssize_t got = 0;
     while ((got = read_again(in, piece.get(), kPiece)) > 0) {
         if (!write_all(out, piece.get(), static_cast<std::size_t>(got))) return false;
     }
-    return got == 0;
+    return got == 0 && is_stored(out);
 }
 
 // Across file systems: by a copy beside the target, so that no moment is without a whole file.
@@ -62,14 +66,15 @@ bool replace_by_copy(const char* source, const char* target) {
 
 bool replace(TemporaryFile source, const char* target) {
     if (std::rename(source.get(), target) != 0) return errno == EXDEV && replace_by_copy(source.get(), target);
-    std::free(source.release());
+    std::free(source.release());  // Others may have that name now.
     return true;
 }
 
 bool convert(const char* path, int out) {
     const OpenHandle in(fileopen(path, kForReading, kUnbuffered));
     if (!in) return fail("fileopen failed.");
-    return convert_jis(in.get(), out, is(read(kRepair), "YES")) || fail("JIS2ShiftJIS conversion failed.");
+    const bool converted = convert_jis(in.get(), out, is(read(kRepair), "YES")) && is_stored(out);
+    return converted || fail("JIS2ShiftJIS conversion failed.");
 }
 
 bool convert_in_place(const char* path) {

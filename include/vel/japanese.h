@@ -42,9 +42,9 @@ VEL_API int ShiftJIS2JIS(int in, int out, const char* mark);
      in      goes by lines: a handle of fileopen or CreateFile, read from its line position on
      count   bytes to produce: no other line is begun once they are reached; 0 or less does nothing and
              succeeds. A file's size converts all of it, unless its line ends grow
-     repair  1: "$B" or "$@" without ESC begins double-byte text too when a closer follows on the same line,
-             with or without ESC, at most 32 KiB behind; otherwise the rest of that line stays as it is and
-             ends in CR LF
+     repair  1: "$B" or "$@" without ESC begins double-byte text too when a closer, with or without ESC, follows
+             on the same line within 32 KiB and before any other escape sequence. When the line or the 32 KiB
+             end first, the rest of the line stays as it is and ends in CR LF
    Returns 0; -1 for a handle that is not open, and when a read (the line reader logs it) or write fails; the
    output stays as far as it came. */
 VEL_API int JIS2ShiftJIS(int in, int32_t count, int out, int repair);
@@ -68,7 +68,8 @@ VEL_API char* EliminateCntrlChars(char* text);
 
 /* Converts a file from JIS to Shift-JIS in its place, unless [Options] ScanForJIS is NO. That is the default
    when [Gateway] LocalCharSet is not ISO-2022-JP. Repairs when [Options] RepairDamagedJIS is YES, the default.
-   The new file is made under a temporary name, gets the path in one step, and has the mode of a new file.
+   The new file is made under a temporary name, gets the path in one step when all of it is on the disk, and
+   has the mode of a new file.
    Returns 0 when the file was converted or nothing was to be done. Otherwise -1 with the file as it was, and at
    level 1 "out of memory", "filecreate failed.", "fileopen failed.", "JIS2ShiftJIS conversion failed." or
    "rename failed." */
