@@ -14,7 +14,7 @@ namespace vel::test {
 
 template <class Write>
 void append_written(std::string& text, std::size_t room, Write write) {
-    const auto block = std::make_unique<uint8_t[]>(room);
+    const auto block = std::make_unique_for_overwrite<uint8_t[]>(room);
     Cursor end = block.get();
     write(end);
     text.append(block.get(), end);

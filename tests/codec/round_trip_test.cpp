@@ -8,6 +8,7 @@
 #include "codec/uu_encoder.h"
 #include "tests/codec/binhex_split.h"
 #include "tests/codec/codec_calls.h"
+#include "tests/codec/japanese_codecs.h"
 #include "tests/codec/mac_file.h"
 #include "vel/words.h"
 
@@ -86,6 +87,18 @@ const Pieces kLinePieces = pieces_of(
     "\r\n|\r\n|From |Fro|F| |\t|.|=4|=C3=a9|=0D\r\n|=\r\n|words that go on|"
     "longwordlongwordlongwordlongwordlongwordlongwordlongwordlongwordlongword");
 
+// Pairs of Shift-JIS, and as much other text between them.
+Pieces japanese_pieces() {
+    Pieces pieces;
+    for (int first = 0x81; first <= 0xEF; ++first) {
+        for (int second = 0x40; is_lead(static_cast<uint8_t>(first)) && second <= 0xFC; ++second) {
+            pieces.emplace_back(second % 2 == 0 ? "a" : "\n");
+            if (second != 0x7F) pieces.push_back({static_cast<char>(first), static_cast<char>(second)});
+        }
+    }
+    return pieces;
+}
+
 // ---- Header texts
 
 std::string taken(char* text) {
@@ -139,6 +152,7 @@ const Codec kCodecs[] = {
     {"uuencode", any_bytes_and({}), through_uuencode},
     {"binhex", any_bytes_and(kRunPieces), through_binhex},
     {"binhex_runs", kRunPieces, through_binhex},
+    {"japanese", japanese_pieces(), through<MarkingEncoder, RepairingDecoder>},
     {"words_q", kWordPieces, through_q, without_last_blanks},
     {"words_b", kWordPieces, through_b, without_last_blanks},
 };
