@@ -75,6 +75,8 @@ Files CommandTest::extracted() const {
     return files;
 }
 
+std::string sample(const std::string& name) { return std::string(VEL_SAMPLES) + "/" + name; }
+
 std::string crlf(std::string_view text) {
     std::string result;
     for (const char c : text) {
@@ -82,6 +84,16 @@ std::string crlf(std::string_view text) {
         result += c;
     }
     return result;
+}
+
+std::string multipart(const std::vector<std::string>& parts) {
+    std::string text = kMimeHead + "Content-Type: multipart/mixed; boundary=b\n\n";
+    for (const std::string& part : parts) text += "--b\n" + part + "\n";
+    return crlf(text + "--b--\n");
+}
+
+std::string attachment(const std::string& disposition, const std::string& body) {
+    return "Content-Disposition: attachment; " + disposition + "\n\n" + body;
 }
 
 }  // namespace vel::test
