@@ -14,7 +14,7 @@ LimitedInput::LimitedInput(int fd, int64_t most)
 
 Bytes LimitedInput::next() {
     const auto wanted = static_cast<std::size_t>(std::min(left_, static_cast<int64_t>(block_)));
-    const ssize_t got = wanted > 0 ? read_again(fd_, buffer_.get(), wanted) : 0;
+    const ssize_t got = read_again(fd_, buffer_.get(), wanted);
     if (got <= 0) return {};
     left_ -= got;
     return {buffer_.get(), static_cast<std::size_t>(got)};
