@@ -5,6 +5,7 @@ from collections import Counter
 from works import CODECS
 
 CRLF = b"\r\n"
+BINHEX_BANNER = b"(This file must be converted with BinHex 4.0)"
 
 # What a date that libetpan reads otherwise is off by, in seconds.
 CENTURIES = 59958144000  # from the year 0 to 1900
@@ -79,6 +80,8 @@ class Agreement:
             self._drivers.convert(writer, f"{encoding}-encode", self._inputs / content, text)
             if writer == "gmime":
                 self._as_in_mail(encoding, text)
+            elif writer == "macutils":
+                self._with_banner(text)
             for reader in libraries:
                 got = self._converted(reader, f"{encoding}-decode", text)
                 self._decoded(f"{content}: {writer} to {reader}", encoding, got, want)
@@ -91,6 +94,11 @@ class Agreement:
         elif encoding == "quoted-printable":
             text.write_bytes(text.read_bytes().replace(b"\n", CRLF))
             self.counts["codec: GMime ends quoted-printable lines in LF; they are made CR LF"] += 1
+
+    def _with_banner(self, text):
+        """The first line that binhex writes is its own."""
+        text.write_bytes(BINHEX_BANNER + text.read_bytes().partition(b")")[2])
+        self.counts["codec: binhex writes a banner that only hexbin knows; it is replaced"] += 1
 
     def _decoded(self, where, encoding, got, want):
         if encoding == "quoted-printable" and got == want + CRLF:

@@ -5,10 +5,12 @@ import subprocess
 import time
 from collections import defaultdict
 from dataclasses import dataclass
+from pathlib import Path
 
 INSTRUCTIONS = re.compile(rb"I +refs: +([\d,]+)")
 SETTLED = 3.5  # seconds after which libvel trusts that its settings file will not change unseen
 SETTINGS = "[Gateway]\nTimeZone=UTC0\nTemporaryDirectory={output}\n"
+SCRIPTS = {"macutils": Path(__file__).with_name("macutils_driver.py")}  # the drivers that are not compiled
 LOG_TO_FILE = "[Log]\nTarget={log}\nLevels=all\n"
 
 
@@ -64,7 +66,8 @@ class Drivers:
         return done - self._counted(self._command(library, "nothing", 1, "-"), work)
 
     def _command(self, library, verb, times, source, target=None):
-        return [self._programs / f"{library}_driver", verb, str(times), str(source), *([target] if target else [])]
+        program = SCRIPTS.get(library, self._programs / f"{library}_driver")
+        return [program, verb, str(times), str(source), *([target] if target else [])]
 
     def _call(self, command, work=None):
         logs = bool(work and work.logs)

@@ -20,7 +20,7 @@ struct library {
     /* The same for a uuencoded file in a mail without MIME. */
     long (*extract_uuencoded)(const char* path, const char* folder);
 
-    /* Converts a file into a new one; the encoding is a name of RFC 2045, or "uuencode". Returns 0, or -1. */
+    /* Converts a file into a new one; the encoding is a name of RFC 2045, "uuencode" or "binhex". Returns 0, or -1. */
     int (*encode)(const char* encoding, const char* input, const char* output);
     int (*decode)(const char* encoding, const char* input, const char* output);
 

@@ -6,6 +6,7 @@ BEGIN = "<!-- Written by scripts/compare from here ... -->"
 END = "<!-- ... to here. -->"
 NAMES = {"vel": "libvel", "gmime": "GMime", "etpan": "libetpan"}
 PEERS = ("gmime", "etpan")
+OTHERS = {"macutils": "macutils"}  # each for a work or two
 
 
 @dataclass(frozen=True)
@@ -78,6 +79,14 @@ def times(rows):
                        *(column(row) for _, column in columns)) for row in rows))
 
 
+def others(rows):
+    found = ((row, library) for row in rows for library in OTHERS if library in row.runs)
+    yield from table(("Work", "beside", "libvel", "the other", "other = 1", "by processor"),
+                     ((row.work.name, OTHERS[library], milliseconds(row.seconds("vel")),
+                       milliseconds(row.seconds(library)), f"{row.ratio(library):.2f}",
+                       f"{row.ratio(library, clock='processor'):.2f}") for row, library in found))
+
+
 def costs(rows):
     def kib(row, library):
         return f"{row.kib(library):,}" if library in row.runs else "-"
@@ -105,6 +114,7 @@ def region(rows, facts, agreement, rounds, scale):
              [f"Medians of {rounds} rounds. A ratio is the median of the rounds' own ratios, above 1 where libvel is",
               "faster: by elapsed time, and by processor time, which other work on the machine hardly changes."],
              list(times(rows)),
+             list(others(rows)),
              ["Peak memory above that of the started driver; instructions counted by valgrind on inputs of "
               f"{scale:.0%} of the size."],
              list(costs(rows)),

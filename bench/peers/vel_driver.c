@@ -1,6 +1,8 @@
 /* The driver of libvel. Its settings come from $OSTRA_CONFIG_DIR, which names the folder for new files. Log lines
    are dropped unless VEL_DRIVER_LOG is set; then they go where the settings say. */
 #include <fcntl.h>
+#include <limits.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/stat.h>
@@ -67,8 +69,30 @@ static int decode_uu(const char* input, const char* output) {
     return fileclose(in) == 1 && result == 1 ? 0 : -1;
 }
 
+/* BinHex too goes by files, and each new one gets a name from libvel. */
+static int rename_made(int result, char* made, const char* output) {
+    const int done = result == 0 && rename(made, output) == 0;
+    free(made);
+    return done ? 0 : -1;
+}
+
+static int encode_binhex(const char* input, const char* output) {
+    char* made = NULL;
+    const int result = ConvertASToBinHex(input, &made);
+    return rename_made(result, made, output);
+}
+
+static int decode_binhex(const char* input, const char* output) {
+    char* made = NULL;
+    const int in = open(input, O_RDONLY | O_CLOEXEC);
+    const int result = ConvertBinHexToAS(in, LONG_MAX, &made, NULL);
+    close(in);
+    return rename_made(result, made, output);
+}
+
 static int encode(const char* encoding, const char* input, const char* output) {
     if (strcmp(encoding, "uuencode") == 0) return encode_uu(input, output);
+    if (strcmp(encoding, "binhex") == 0) return encode_binhex(input, output);
     const int in = open(input, O_RDONLY | O_CLOEXEC);
     const int out = create(output);
     const int done = strcmp(encoding, "base64") == 0 ? to64(in, out) == 0 : textToQp(in, out) == 1;
@@ -79,6 +103,7 @@ static int encode(const char* encoding, const char* input, const char* output) {
 
 static int decode(const char* encoding, const char* input, const char* output) {
     if (strcmp(encoding, "uuencode") == 0) return decode_uu(input, output);
+    if (strcmp(encoding, "binhex") == 0) return decode_binhex(input, output);
     struct stat status;
     const int in = open(input, O_RDONLY | O_CLOEXEC);
     const int out = create(output);

@@ -2,8 +2,11 @@
 from dataclasses import dataclass
 from pathlib import Path
 
+from inputs.macintosh import MacFile
+
 LIBRARIES = ("vel", "gmime", "etpan")
 WITHOUT_UUENCODE = ("vel", "gmime")
+BINHEX = ("vel", "macutils")
 
 
 @dataclass(frozen=True)
@@ -43,7 +46,8 @@ def message_works():
 # Encoding, the content, its encoded form, who knows it.
 CODECS = (("base64", "attachment.bin", "attachment.b64", LIBRARIES),
           ("quoted-printable", "quoted.txt", "quoted.qp", LIBRARIES),
-          ("uuencode", "uuencoded.bin", "uuencoded.uu", WITHOUT_UUENCODE))
+          ("uuencode", "uuencoded.bin", "uuencoded.uu", WITHOUT_UUENCODE),
+          ("binhex", "macintosh.as", "macintosh.hqx", BINHEX))
 
 
 def codec_works():
@@ -61,7 +65,10 @@ def all_works():
 
 def write_encoded(inputs, encode):
     """The contents in each encoding, by the generator's own encoders, which are none of the compared ones."""
+    mac = MacFile(b"content", b"BINAmdos", *(Path(inputs, fork).read_bytes() for fork in ("uuencoded.bin", "quoted.txt")))
+    Path(inputs, "macintosh.as").write_bytes(mac.apple_single())
     writers = {"base64": encode.base64_lines, "uuencode": lambda data: encode.uuencoded(data, "content.bin"),
-               "quoted-printable": lambda text: encode.quoted_printable(text) + b"\r\n"}
+               "quoted-printable": lambda text: encode.quoted_printable(text) + b"\r\n",
+               "binhex": lambda file: encode.binhex(MacFile.from_apple_single(file))}
     for encoding, content, encoded, _ in CODECS:
         Path(inputs, encoded).write_bytes(writers[encoding](Path(inputs, content).read_bytes()))
