@@ -2,7 +2,6 @@
 // Kept: a single word of any field, such as a subject, passes for an address; of several comments the last
 //       one stays, up to 255 characters of it (encode_value).
 #include "codec/encoded_word_encoder.h"
-#include "frame/ascii.h"
 #include "frame/owned.h"
 #include "vel/rfc822.h"
 
@@ -19,7 +18,6 @@ struct Addresses : RecipTbl {
 // Nothing stands behind the first address, not even a comma or a semicolon. What does would be lost with the
 // parser's result: it may be prose that parses as nothing.
 bool first_address_is_all(std::string_view value) {
-    while (!value.empty() && ascii::is_space(value.back())) value.remove_suffix(1);
     if (value.ends_with(',') || value.ends_with(';')) return false;
     const COwned<char> text = copy_text(value);
     recipient first{};
@@ -54,13 +52,10 @@ std::string encode_canon(std::string_view canon, const WordEncoding& encoding) {
 
 std::string encode_address(const recipient& address, const WordEncoding& encoding) {
     const std::string_view phrase = address.phrase, canon = address.canon, comment = address.comment;
-    std::string result = encode_phrase(phrase, encoding);
-    if (!canon.empty()) {
-        const bool needs_brackets = !result.empty() && !canon.starts_with('<');
-        if (!result.empty()) result += ' ';
-        if (needs_brackets) result += '<';
-        result += encode_canon(canon, encoding);
-        if (needs_brackets) result += '>';
+    std::string result = encode_canon(canon, encoding);
+    if (!phrase.empty()) {
+        if (!canon.starts_with('<')) result = '<' + result + '>';
+        result = encode_phrase(phrase, encoding) + ' ' + result;
     }
     if (!comment.empty()) result += " (" + encode_text(comment, encoding) + ')';
     return result;

@@ -19,20 +19,15 @@ constexpr Setting<32> kDecodesAll{"Options", "Force1522Decoding", "NO"};
 WordEncoding by_settings() {
     return {.method = is(read(kMethod), kMethod.fallback) ? WordMethod::q : WordMethod::b,
             .charset = read(kLocalCharset).data(),
-            .before_comment = " ("};
-}
-
-WordEncoding by_settings_if_enabled() {
-    WordEncoding encoding = by_settings();
-    encoding.enabled = !is(read(kEncodes), "NO");
-    return encoding;
+            .before_comment = " (",
+            .enabled = !is(read(kEncodes), "NO")};
 }
 
 using Encode = std::string (*)(std::string_view text, const WordEncoding& encoding);
 
-char* encoded(const char* text, Encode encode, WordEncoding (*settings)()) {
+char* encoded(const char* text, Encode encode) {
     if (!text) return nullptr;
-    return at_boundary<char*>(nullptr, [=] { return copy_text(encode(text, settings())).release(); });
+    return at_boundary<char*>(nullptr, [=] { return copy_text(encode(text, by_settings())).release(); });
 }
 
 char* encoded(const char* text, Encode encode, const char* charset) {
@@ -59,9 +54,9 @@ extern "C" {
 
 int IsStringAllAscii(const char* text) { return !text || vel::is_ascii(text); }
 
-char* rfc1522encoding(const char* value) { return vel::encoded(value, vel::encode_value, vel::by_settings_if_enabled); }
-char* rfc1522encoding2(const char* text) { return vel::encoded(text, vel::encode_text, vel::by_settings_if_enabled); }
-char* rfc1522encode(const char* text) { return vel::encoded(text, vel::encode_words, vel::by_settings); }
+char* rfc1522encoding(const char* value) { return vel::encoded(value, vel::encode_value); }
+char* rfc1522encoding2(const char* text) { return vel::encoded(text, vel::encode_text); }
+char* rfc1522encode(const char* text) { return vel::encoded(text, vel::encode_words); }
 
 char* rfc1522encoding_wmc(const char* value, const char* charset) {
     return vel::encoded(value, vel::encode_value, charset);

@@ -47,7 +47,7 @@ std::string encode_words(std::string_view text, const WordEncoding& encoding) {
     const std::string prefix = prefix_of(encoding);
     std::string result;
     std::int64_t column = 0;
-    for (std::size_t at = 0; at <= text.size();) {
+    for (std::size_t at = 0; at < text.size();) {
         const std::string_view word = word_at(text, at);
         if (is_ascii(word)) {
             result.append(word).append(" ");

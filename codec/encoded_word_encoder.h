@@ -14,7 +14,7 @@ struct WordEncoding {
     WordMethod method;
     std::string charset;              // written as it is
     std::string_view before_comment;  // "(", with or without a blank
-    bool enabled = true;              // false: text stays as it is
+    bool enabled = true;              // false: encode_text leaves it as it is
 };
 
 bool is_ascii(std::string_view text);
