@@ -6,7 +6,7 @@ from inputs.addresses import Addresses
 
 CHARSETS = ("utf-8", "UTF-8", "utf-8", "iso-8859-1", "ISO-8859-1", "iso-8859-15", "windows-1252")
 FAMILIES = ("M\u00fcller", "Gar\u00e7\u00e3o", "\u00c5str\u00f6m", "\u0141\u00f3d\u017a", "\u00de\u00f3rr")
-WORD = 45          # bytes of text that go into one word, so that it has at most 75 characters in "B"
+LONGEST = 75  # characters of a word (RFC 2047 section 2)
 NOT_PLAIN = re.compile(rb"[^!*+\-/0-9A-Za-z]")
 
 
@@ -35,13 +35,31 @@ class Words:
 
     def _encoded(self, text):
         charset = self._dice.pick(CHARSETS)
-        data = text.encode(charset, "replace")
-        encode = self._dice.pick((self._b, self._b, self._q))
-        return " ".join(encode(charset, data[at:at + WORD]) for at in range(0, len(data), WORD))
+        letter = self._dice.pick("BBBBBbQQQq")
+        prefix = f"=?{charset}?{letter}?"
+        room = LONGEST - len(prefix + "?=")
+        if letter in "Bb":
+            encode, pieces = in_base64, pieces_of(text, charset, room // 4 * 3, len)
+        else:
+            encode, pieces = quoted, pieces_of(text, charset, room, lambda data: len(quoted(data)))
+        return " ".join(f"{prefix}{encode(piece)}?=" for piece in pieces)
 
-    def _b(self, charset, data):
-        return f"=?{charset}?{self._dice.pick('BBBb')}?{base64.b64encode(data).decode()}?="
 
-    def _q(self, charset, data):
-        text = NOT_PLAIN.sub(lambda match: b"_" if match[0] == b" " else b"=%02X" % match[0][0], data).decode()
-        return f"=?{charset}?{self._dice.pick('QQQq')}?{text}?="
+def in_base64(data):
+    return base64.b64encode(data).decode()
+
+
+def quoted(data):
+    return NOT_PLAIN.sub(lambda match: b"_" if match[0] == b" " else b"=%02X" % match[0][0], data).decode()
+
+
+def pieces_of(text, charset, room, size):
+    """The text's characters in that charset, in pieces that fit into a word each, and none of them cut."""
+    piece, used = b"", 0
+    for data in (character.encode(charset, "replace") for character in text):
+        if used + size(data) > room:
+            yield piece
+            piece, used = b"", 0
+        piece += data
+        used += size(data)
+    yield piece

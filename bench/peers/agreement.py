@@ -11,8 +11,24 @@ BINHEX_BANNER = b"(This file must be converted with BinHex 4.0)"
 CENTURIES = 59958144000  # from the year 0 to 1900
 ETPAN_DATES = ((re.compile(r"(?:^|, )\d+ [A-Z][a-z]{2} \d\d "), -CENTURIES, "two-digit years stay as they are"),
                (re.compile(r" UT\b"), -60, "UT is one minute east"))
+CHARSET = re.compile(rb"=\?([^?]+)\?[QqBb]\?")
+Q_WORD = re.compile(rb"=\?[^?]+\?[Qq]\?[^?]*\?=")
+PADDED_BEFORE_ANOTHER = re.compile(rb"=\?= =\?[^?]+\?[Bb]\?")
+BETWEEN_WORDS = re.compile(rb"(\?=) (?==\?)")
 EMPTY_GROUP = re.compile(r": ?;")
 SOURCE_ROUTE = "<@"
+
+
+def charset_of(line):
+    """The charset of the line's words; one has them all."""
+    found = CHARSET.search(line)
+    return found[1].decode() if found else "ascii"
+
+
+def as_libvel_reads(line):
+    """The line as it would have to be for libvel to find in it what the others find."""
+    words = Q_WORD.sub(lambda word: word[0].replace(b"_", b"=20"), line)
+    return BETWEEN_WORDS.sub(rb"\1", words)
 
 
 class Agreement:
@@ -32,6 +48,8 @@ class Agreement:
                 self._addresses(work)
             elif work.verb == "dates":
                 self._dates(work)
+            elif work.verb == "words":
+                self._words(work)
         for encoding, *rest in CODECS:
             if any(work.verb.startswith(encoding) for work in works):
                 self._codec(encoding, *rest)
@@ -131,6 +149,28 @@ class Agreement:
             rules = [(offset, rule) for pattern, offset, rule in ETPAN_DATES if pattern.search(line)]
             name = f"for libetpan {' and '.join(rule for _, rule in rules)}" if rules else "the same second"
             self._note(f"dates: {name}", f"libetpan, {line}", etpan - ours == sum(offset for offset, _ in rules))
+
+    # Header texts. libvel gives the bytes of the words' charset, the others UTF-8.
+
+    def _words(self, work):
+        lines = self._read(work.input).splitlines()
+        source = self._drivers.file.with_name("words")
+        source.write_bytes(b"".join(as_libvel_reads(line) + b"\n" for line in lines))
+        ours = self._converted("vel", work.verb, source).split(b"\n")
+        for library in work.libraries[1:]:
+            theirs = self._converted(library, work.verb, self._inputs / work.input).decode().split("\n")
+            self._note("lines: as many results", f"{work.name}: {library}", len(theirs) == len(lines) + 1 == len(ours))
+            for line, our, their in zip(lines, ours, theirs):
+                self._header_text(library, line, our.decode(charset_of(line)), their)
+
+    def _header_text(self, library, line, ours, theirs):
+        where = f"{library}, {line.decode()}"
+        if library == "gmime" and PADDED_BEFORE_ANOTHER.search(line):
+            self._note("header texts: GMime drops the words behind padded base64", where, ours.startswith(theirs))
+        elif line != as_libvel_reads(line):
+            self._note('header texts: libvel leaves "_" and the blank between two words', where, ours == theirs)
+        else:
+            self._note("header texts: the same", where, ours == theirs)
 
     def _lines(self, work):
         results = []

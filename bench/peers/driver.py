@@ -9,8 +9,8 @@ from pathlib import Path
 
 INSTRUCTIONS = re.compile(rb"I +refs: +([\d,]+)")
 SETTLED = 3.5  # seconds after which libvel trusts that its settings file will not change unseen
-SETTINGS = "[Gateway]\nTimeZone=UTC0\nTemporaryDirectory={output}\n"
-SCRIPTS = {"macutils": Path(__file__).with_name("macutils_driver.py")}  # the drivers that are not compiled
+SETTINGS = "[Gateway]\nTimeZone=UTC0\nTemporaryDirectory={output}\n[Options]\nForce1522Decoding=YES\n"
+SCRIPTS = {name: Path(__file__).with_name(f"{name}_driver.py") for name in ("macutils", "python")}  # not compiled
 LOG_TO_FILE = "[Log]\nTarget={log}\nLevels=all\n"
 
 

@@ -138,6 +138,6 @@ static long long read_date(const char* text) {
 }
 
 int main(int argc, char** argv) {
-    const struct library etpan = {start, take_apart, NULL, encode, decode, count_addresses, read_date};
+    const struct library etpan = {start, take_apart, NULL, encode, decode, count_addresses, read_date, NULL};
     return drive(&etpan, argc, argv);
 }

@@ -154,7 +154,10 @@ static long long read_date(const char* text) {
     return seconds;
 }
 
+static char* decode_words(const char* value) { return g_mime_utils_header_decode_text(NULL, value); }
+
 int main(int argc, char** argv) {
-    const struct library gmime = {start, take_apart, extract_uuencoded, encode, decode, count_addresses, read_date};
+    const struct library gmime = {start,  take_apart,      extract_uuencoded, encode,
+                                  decode, count_addresses, read_date,         decode_words};
     return drive(&gmime, argc, argv);
 }

@@ -33,7 +33,9 @@ struct totals {
 
 static int is(const struct task* task, const char* work) { return strcmp(task->work, work) == 0; }
 
-static int goes_by_lines(const struct task* task) { return is(task, "addresses") || is(task, "dates"); }
+static int goes_by_lines(const struct task* task) {
+    return is(task, "addresses") || is(task, "dates") || is(task, "words");
+}
 
 static double now(clockid_t clock) {
     struct timespec time;
@@ -82,6 +84,13 @@ static long long addresses(const struct task* task, char* line) { return task->l
 
 static long long dates(const struct task* task, char* line) { return task->library->read_date(line); }
 
+static long long words(const struct task* task, char* line) {
+    char* text = task->library->decode_words(line);
+    const long long length = text ? (long long)strlen(text) : -1;
+    free(text);
+    return length;
+}
+
 static long long make_names(const struct task* task, char* count) {
     return make_named_files(strtol(count, NULL, 10), task->output);
 }
@@ -104,13 +113,9 @@ static work_step step_of(const char* work) {
     static const struct {
         const char* work;
         work_step step;
-    } steps[] = {{"parse", parse},
-                 {"extract", extract},
-                 {"extract-uuencoded", extract_uuencoded},
-                 {"addresses", addresses},
-                 {"dates", dates},
-                 {"names", make_names},
-                 {"copy", copy}};
+    } steps[] = {{"parse", parse},         {"extract", extract}, {"extract-uuencoded", extract_uuencoded},
+                 {"addresses", addresses}, {"dates", dates},     {"words", words},
+                 {"names", make_names},    {"copy", copy}};
     for (size_t i = 0; i < sizeof steps / sizeof *steps; i++) {
         if (strcmp(work, steps[i].work) == 0) return steps[i].step;
     }
@@ -142,11 +147,23 @@ static long long items(const struct task* task) {
     return sum;
 }
 
-/* What was found on each line, into a file. */
+static void tell_text(const struct task* task, const char* line, FILE* file) {
+    char* text = task->library->decode_words(line);
+    fprintf(file, "%s\n", text ? text : "");
+    free(text);
+}
+
+/* What was found on each line, into a file: a number, or of encoded words the text. */
 static int tell_results(const struct task* task) {
     FILE* file = fopen(task->output, "we");
     if (!file) return kBadResult;
-    for (size_t i = 0; i < task->input.count; i++) fprintf(file, "%lld\n", task->results[i]);
+    for (size_t i = 0; i < task->input.count; i++) {
+        if (is(task, "words")) {
+            tell_text(task, task->input.items[i], file);
+        } else {
+            fprintf(file, "%lld\n", task->results[i]);
+        }
+    }
     return fclose(file) == 0 ? 0 : kBadResult;
 }
 

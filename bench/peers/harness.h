@@ -3,7 +3,7 @@
    A driver does one work on one input, as often as it is told, and prints
      SECONDS PROCESSOR-SECONDS ITEMS KIB
    the elapsed and the processor time of the works alone, without start-up and cleaning, what was found in the last
-   one (leaves, addresses, dates), and by how much the resident memory peaked above what it was before a work. */
+   one (leaves, addresses, dates, bytes of header text), and by how much the resident memory peaked above what it was before a work. */
 #ifndef VEL_BENCH_PEERS_HARNESS_H
 #define VEL_BENCH_PEERS_HARNESS_H
 
@@ -26,6 +26,9 @@ struct library {
 
     long long (*count_addresses)(char* list); /* may change the text */
     long long (*read_date)(const char* text); /* seconds since 1970 */
+
+    /* A header field's value without its encoded words. Returns a malloc'ed text, or null. */
+    char* (*decode_words)(const char* value);
 };
 
 /* The driver's main. Returns the exit code. */

@@ -26,7 +26,7 @@ def facts(drivers, inputs, scratch):
     yield "Kernel", f"{platform.system()} {platform.release()}"
     yield "Compiler", first_line("c++", "--version")
     yield "Libraries", ", ".join(f"{name} {drivers.version(library)}" for library, name in (
-        ("vel", "libvel"), ("gmime", "GMime"), ("etpan", "libetpan"), ("macutils", "macutils")))
+        ("vel", "libvel"), ("gmime", "GMime"), ("etpan", "libetpan"), ("macutils", "macutils"), ("python", "Python")))
     yield "Inputs read from", f"{file_system(inputs)}, in the page cache"
     yield "Files written to", file_system(scratch)
     yield "Date", datetime.date.today().isoformat()

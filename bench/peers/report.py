@@ -6,7 +6,7 @@ BEGIN = "<!-- Written by scripts/compare from here ... -->"
 END = "<!-- ... to here. -->"
 NAMES = {"vel": "libvel", "gmime": "GMime", "etpan": "libetpan"}
 PEERS = ("gmime", "etpan")
-OTHERS = {"macutils": "macutils"}  # each for a work or two
+OTHERS = {"macutils": "macutils", "python": "Python's email package"}  # each for a work or two
 
 
 @dataclass(frozen=True)

@@ -132,6 +132,7 @@ static long long read_date(const char* text) {
 }
 
 int main(int argc, char** argv) {
-    const struct library vel = {start, take_apart, take_apart, encode, decode, count_addresses, read_date};
+    const struct library vel = {start,  take_apart,      take_apart, encode,
+                                decode, count_addresses, read_date,  rfc1522decoding};
     return drive(&vel, argc, argv);
 }

@@ -7,6 +7,7 @@ from inputs.macintosh import MacFile
 LIBRARIES = ("vel", "gmime", "etpan")
 WITHOUT_UUENCODE = ("vel", "gmime")
 BINHEX = ("vel", "macutils")
+DECODE_WORDS = ("vel", "gmime", "python")
 
 
 @dataclass(frozen=True)
@@ -61,6 +62,7 @@ def all_works():
     yield from codec_works()
     yield Work("address lists", "addresses", "addresses.txt", counts="lines")
     yield Work("dates", "dates", "dates.txt", 2, counts="lines")
+    yield Work("header texts with encoded words", "words", "words.txt", libraries=DECODE_WORDS, counts="lines")
 
 
 def write_encoded(inputs, encode):
