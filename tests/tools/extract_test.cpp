@@ -149,7 +149,7 @@ TEST_F(ExtractVerbTest, TellsInJsonWhatItWrote) {
                                       {"path", target() + "/two.txt"},
                                       {"size", 3},
                                       {"type", "x-embedded"},
-                                      {"name", "../two.txt"},
+                                      {"name", {{"text", "../two.txt"}, {"converted", true}}},
                                       {"true_name", "../two.txt"},
                                       {"decoded", true}}));
     EXPECT_EQ(json["left_out"], 0);

@@ -126,7 +126,7 @@ struct Chain {
 TEST(Parameter, ReadsPlainAndExtendedValues) {
     struct Row {
         std::vector<std::string> chain;
-        std::string expected;
+        std::string expected;  // as it is shown
     };
     const std::vector<Row> rows{
         {{"filename=\"two words.txt\""}, "two words.txt"},
@@ -135,12 +135,16 @@ TEST(Parameter, ReadsPlainAndExtendedValues) {
         {{"filename=fallback", "filename*=UTF-8''na%C3%AFve%20plan.txt"}, "na\xc3\xafve plan.txt"},
         {{"filename*0=\"long \"", "filename*1*=n%61me", "filename*2=\".txt\""}, "long name.txt"},
         {{"filename*0*=us-ascii'en'a%2", "filename*1=b", "filename*3=lost"}, "a%2b"},
+        {{"filename*0*=iso-8859-1''%e9%", "filename*1*=e9t%E9"}, "\xc3\xa9%e9t\xc3\xa9"},
+        {{"filename*0*=utf-8''%C3", "filename*1*=%BC"}, "\xc3\xbc"},
+        {{"filename*=x-klingon''%E9"}, "\\xe9 (not converted)"},
+        {{"filename*0=\"=?utf-8?B?R3LD\"", "filename*1=\"vMOf?=\""}, "Gr\xc3\xbc\xc3\x9f"},
         {{"filename=\""}, "\""},
         {{"filename"}, "none"},
     };
     for (const Row& row : rows) {
         const Chain chain(row.chain);
-        EXPECT_EQ(parameter(chain.nodes.data(), "filename").value_or("none"), row.expected);
+        EXPECT_EQ(shown(parameter(chain.nodes.data(), "filename").value_or(Readable{"none"})), row.expected);
     }
     EXPECT_FALSE(parameter(nullptr, "filename"));
 }
@@ -152,10 +156,10 @@ TEST(PartName, PrefersTheDispositionAndFitsTheType) {
     EXPECT_FALSE(given_name(record));
     EXPECT_EQ(extension_of(record), ".txt");
     record.trueName = true_name.data();
-    EXPECT_EQ(given_name(record), "t.bin");
+    EXPECT_EQ(given_name(record), Readable{"t.bin"});
     record.contentTypeParams = const_cast<ms*>(type.nodes.data());
     record.contentDispositionParams = const_cast<ms*>(disposition.nodes.data());
-    EXPECT_EQ(given_name(record), "n.gif");
+    EXPECT_EQ(given_name(record), Readable{"n.gif"});
     record.contentType = image.data();
     record.contentSubtype = jpeg.data();
     EXPECT_EQ(extension_of(record), ".jpg");

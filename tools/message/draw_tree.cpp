@@ -47,10 +47,11 @@ class Branches {
 
 void add_row(Table& table, const ParsedMessage& message, int index, Branches& branches) {
     const MimeMsg& record = message.record(index);
+    const std::optional<Readable> name = given_name(record);
     table.add({std::to_string(index), branches.lead_to(index) + visible(type_of(record)),
                or_nothing(text_of(record.contentTransferEncoding)), std::to_string(record.headerStart),
                range_text(record.bodyStart, record.bodyEnd), std::to_string(size_of_body(record)),
-               or_nothing(given_name(record).value_or(""))});
+               name ? shown(*name) : kNothing});
 }
 
 }  // namespace

@@ -28,7 +28,8 @@ void tell_apple_single(std::string& name) {
 }
 
 std::string file_name(const MimeMsg& record, int index, Form form, bool apple_single) {
-    std::string name = safe_name(given_name(record).value_or(""));
+    const std::optional<Readable> given = given_name(record);
+    std::string name = given ? safe_name(given->text) : std::string();
     if (name.empty()) name = "part-" + std::to_string(index) + extension_of(record);
     if (form == Form::raw) name += kEntityExtension;
     if (apple_single) tell_apple_single(name);

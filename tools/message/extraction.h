@@ -10,6 +10,7 @@
 #include "tools/io/exit_code.h"
 #include "tools/message/body_file.h"
 #include "tools/message/message.h"
+#include "tools/text/readable.h"
 
 namespace vel::command {
 
@@ -19,7 +20,7 @@ struct Written {
     std::string path;
     uint64_t size;
     std::string type;
-    std::optional<std::string> name;       // in the message, as it stands there
+    std::optional<Readable> name;          // in the message
     std::optional<std::string> true_name;  // in a uuencoded or BinHex body
     bool decoded;
     bool with_header;  // the header block stands before the body

@@ -5,9 +5,12 @@
 #include <variant>
 
 #include "tools/message/address_list.h"
+#include "tools/message/address_text.h"
 #include "tools/message/date_reading.h"
+#include "tools/message/message_json.h"
 #include "tools/text/ascii.h"
 #include "tools/text/facts.h"
+#include "tools/text/readable.h"
 #include "tools/text/text_forms.h"
 
 namespace vel::command {
@@ -80,25 +83,34 @@ std::string unfolded(std::string_view text) {
 
 const recipient* first_of(const addrlist822* list) { return list && list->recips ? list->recips->first : nullptr; }
 
-// 'phrase <canonical> (comment)'; a group says its phrase itself.
-std::string address_text(const recipient& record) {
-    const std::string_view canonical = text_of(record.canon);
-    const std::string_view phrase = text_of(record.phrase);
-    const std::string_view comment = text_of(record.comment);
-    std::string text(canonical);
-    if (!phrase.empty() && kind_of(record) != std::string_view("group")) {
-        const bool bracketed = canonical.starts_with('<');
-        text = std::string(phrase).append(bracketed ? " " : " <").append(canonical).append(bracketed ? "" : ">");
-    }
-    if (!comment.empty()) text.append(" (").append(comment).append(")");
-    return text;
-}
-
 std::string date_text(const date822& date, bool readable) {
     if (!date.time) return "not readable";
     std::string text = readable ? normalized(*date.time) : "not readable; the library takes the current time";
     if (!date.has_date) text += " (Resent-Date)";
     return text;
+}
+
+// Calls take(text, readable) for each address of a list, each text of a chain, a text or a date.
+template <class Take>
+void for_each_line(const Row& row, const HeaderBlock& block, Take&& take) {
+    const auto take_text = [&](const std::string& line) {
+        if (!line.empty()) take(line, readable(line));
+    };
+    visit_field(row, *block.fields,
+                Overloaded{
+                    [&](const addrlist822* list) {
+                        for (const recipient* r = first_of(list); r; r = r->next) {
+                            take(address_text(*r), readable_address(*r));
+                        }
+                    },
+                    [&](const char* text) { take_text(unfolded(text_of(text))); },
+                    [&](const ms* chain) {
+                        for (; chain; chain = chain->next) take_text(unfolded(text_of(chain->text)));
+                    },
+                    [&](const date822* date) {
+                        if (date) take_text(date_text(*date, !block.unreadable_date));
+                    },
+                });
 }
 
 Json addresses_json(const addrlist822* list) {
@@ -125,6 +137,23 @@ Json chain_json(const ms* chain) {
     return all;
 }
 
+// The fields in which encoded words may stand (RFC 2047 section 5), and those that the library does not know.
+bool is_for_people(const Row& row) {
+    return std::holds_alternative<addrlist822 * addr822::*>(row.place) || row.place == Place(&addr822::subject) ||
+           row.place == Place(&addr822::content_description) || row.place == Place(&addr822::other);
+}
+
+Json decoded_json(const HeaderBlock& block) {
+    Json object = Json::object();
+    for (const Row& row : kRows) {
+        if (!is_for_people(row)) continue;
+        Json& lines = object[row.key] = Json::array();
+        for_each_line(row, block,
+                      [&](std::string_view, const Readable& line) { lines.push_back(readable_json(line)); });
+    }
+    return object;
+}
+
 // The text of each of some lines.
 template <class Lines, class Text>
 Json lines_json(const Lines& lines, Text text) {
@@ -146,24 +175,13 @@ void add_left_out(Json& object, const std::string& key, const LeftOut& left_out)
 
 }  // namespace
 
-std::string fields_text(const HeaderBlock& block) {
+std::string fields_text(const HeaderBlock& block, Texts texts) {
     Facts facts;
     for (const std::string& line : block.envelope) facts.add("envelope", line);
     for (const Row& row : kRows) {
-        visit_field(row, *block.fields,
-                    Overloaded{
-                        [&](const addrlist822* list) {
-                            for (const recipient* r = first_of(list); r; r = r->next)
-                                facts.add(row.label, address_text(*r));
-                        },
-                        [&](const char* text) { facts.add(row.label, unfolded(text_of(text))); },
-                        [&](const ms* chain) {
-                            for (; chain; chain = chain->next) facts.add(row.label, unfolded(text_of(chain->text)));
-                        },
-                        [&](const date822* date) {
-                            if (date) facts.add(row.label, date_text(*date, !block.unreadable_date));
-                        },
-                    });
+        for_each_line(row, block, [&](std::string_view text, const Readable& line) {
+            facts.add_shown(row.label, texts == Texts::readable ? shown(line) : visible(text));
+        });
     }
     add_left_out(facts, "no field", block.no_fields);
     add_left_out(facts, "cut off", block.cut_off);
@@ -186,6 +204,7 @@ Json fields_json(const HeaderBlock& block) {
     add_left_out(object, "no_fields", block.no_fields);
     add_left_out(object, "cut_off", block.cut_off);
     add_left_out(object, "no_addresses", block.no_addresses);
+    object["decoded"] = decoded_json(block);
     return object;
 }
 

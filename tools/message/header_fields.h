@@ -11,10 +11,13 @@ namespace vel::command {
 
 using Json = nlohmann::ordered_json;
 
-// For people: a line a text, an address or a date; nothing for what is absent.
-std::string fields_text(const HeaderBlock& block);
+enum class Texts { readable, as_they_stand };
 
-// For programs: every field of the record, null where it is absent; then envelope and what was left out.
+// For people: a line a text, an address or a date; nothing for what is absent.
+std::string fields_text(const HeaderBlock& block, Texts texts);
+
+// For programs: every field of the record, null where it is absent; then envelope and what was left out; then the
+// addresses and texts as people read them.
 Json fields_json(const HeaderBlock& block);
 
 }  // namespace vel::command

@@ -5,6 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "tools/message/part_name.h"
 #include "tools/text/text_forms.h"
 
 namespace vel::command {
@@ -52,6 +53,8 @@ Json part_json(const ParsedMessage& message, int index) {
         {"body_start", record.bodyStart},
         {"body_end", record.bodyEnd},
         {"children", std::move(children)},
+        {"decoded",
+         {{"name", readable_json(given_name(record))}, {"description", readable_json(description_of(record))}}},
     };
 }
 
@@ -77,6 +80,11 @@ Json messages_json(const std::vector<LogLine>& lines) {
     Json messages = Json::array();
     for (const LogLine& line : lines) messages.push_back({{"level", line.level}, {"text", json_text(line.text)}});
     return messages;
+}
+
+Json readable_json(const std::optional<Readable>& text) {
+    if (!text) return {};
+    return {{"text", json_text(text->text)}, {"converted", text->converted}};
 }
 
 Json message_facts(const ParsedMessage& message) {

@@ -3,10 +3,12 @@
 #define VEL_TOOLS_MESSAGE_MESSAGE_JSON_H
 
 #include <nlohmann/json_fwd.hpp>
+#include <optional>
 #include <string>
 
 #include "tools/io/output.h"
 #include "tools/message/message.h"
+#include "tools/text/readable.h"
 
 namespace vel::command {
 
@@ -17,6 +19,9 @@ std::string one_line(const Json& object);
 
 // [{"level": 1, "text": "..."}, ...]
 Json messages_json(const std::vector<LogLine>& lines);
+
+// {"text": "...", "converted": true}, or null.
+Json readable_json(const std::optional<Readable>& text);
 
 // What every verb says first about a message: file, mime, normalized, fallback, removed, messages.
 Json message_facts(const ParsedMessage& message);

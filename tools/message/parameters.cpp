@@ -43,41 +43,52 @@ std::string without_percent_escapes(std::string_view text) {
     return result;
 }
 
-// Behind "charset'language'" (RFC 2231 section 4).
-std::string_view without_charset(std::string_view value) {
-    const std::size_t first = value.find('\'');
-    const std::size_t second = first == std::string_view::npos ? first : value.find('\'', first + 1);
-    return second == std::string_view::npos ? value : value.substr(second + 1);
+struct Value {
+    std::string bytes;
+    std::optional<std::string> charset = {};  // nothing: none is named
+
+    Readable converted() const { return charset ? readable(bytes, *charset) : readable(bytes); }
+};
+
+// "charset'language'bytes" (RFC 2231 section 4).
+Value extended_value(std::string_view text) {
+    const std::size_t first = text.find('\'');
+    const std::size_t second = first == std::string_view::npos ? first : text.find('\'', first + 1);
+    if (second == std::string_view::npos) return {without_percent_escapes(text), ""};
+    return {without_percent_escapes(text.substr(second + 1)), std::string(text.substr(0, first))};
 }
 
-// name*0, name*1*, ... (RFC 2231 section 3); a section whose name ends in "*" has percent escapes.
-std::optional<std::string> continued(const Parameters& all, const std::string& name) {
-    std::optional<std::string> result;
+// name*0, name*1*, ... (RFC 2231 section 3); a section whose name ends in "*" has percent escapes, the first of
+// these sections a charset.
+std::optional<Value> continued_value(const Parameters& all, const std::string& name) {
+    std::optional<Value> result;
     for (int section = 0;; ++section) {
         const std::string key = name + "*" + std::to_string(section);
         if (const auto plain = all.find(key); plain != all.end()) {
-            result = result.value_or("") + plain->second;
-        } else if (const auto escaped = all.find(key + "*"); escaped != all.end()) {
-            const std::string_view value = section == 0 ? without_charset(escaped->second) : escaped->second;
-            result = result.value_or("") + without_percent_escapes(value);
-        } else {
+            if (!result) result.emplace();
+            result->bytes += plain->second;
+        } else if (const auto escaped = all.find(key + "*"); escaped == all.end()) {
             return result;
+        } else if (!result) {
+            result = extended_value(escaped->second);
+        } else {
+            result->bytes += without_percent_escapes(escaped->second);
         }
     }
 }
 
 }  // namespace
 
-std::optional<std::string> parameter(const ms* chain, std::string_view name) {
+std::optional<Readable> parameter(const ms* chain, std::string_view name) {
     if (!chain) return std::nullopt;
     const Parameters all = by_name(chain);
     const std::string key(name);
     if (const auto extended = all.find(key + "*"); extended != all.end()) {
-        return without_percent_escapes(without_charset(extended->second));
+        return extended_value(extended->second).converted();
     }
-    if (auto value = continued(all, key)) return value;
+    if (const auto value = continued_value(all, key)) return value->converted();
     const auto plain = all.find(key);
-    return plain == all.end() ? std::nullopt : std::optional(plain->second);
+    return plain == all.end() ? std::nullopt : std::optional(readable(plain->second));
 }
 
 }  // namespace vel::command

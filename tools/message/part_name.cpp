@@ -4,6 +4,7 @@
 #include <array>
 #include <string_view>
 
+#include "tools/message/header_texts.h"
 #include "tools/message/parameters.h"
 #include "tools/text/ascii.h"
 
@@ -72,11 +73,17 @@ static_assert(std::is_sorted(kExtensions.begin(), kExtensions.end(),
 
 }  // namespace
 
-std::optional<std::string> given_name(const MimeMsg& record) {
+std::optional<Readable> given_name(const MimeMsg& record) {
     auto name = parameter(record.contentDispositionParams, "filename");
-    if (!name || name->empty()) name = parameter(record.contentTypeParams, "name");
-    if (!name || name->empty()) name = std::string(text_of(record.trueName));
-    return name->empty() ? std::nullopt : name;
+    if (!name || name->text.empty()) name = parameter(record.contentTypeParams, "name");
+    if (!name || name->text.empty()) name = readable(text_of(record.trueName));
+    return name->text.empty() ? std::nullopt : name;
+}
+
+std::optional<Readable> description_of(const MimeMsg& record) {
+    if (!record.contentDescription) return std::nullopt;
+    const auto fields = header_texts(record.fileName, {record.headerStart, record.bodyStart}, {"Content-Description"});
+    return readable(fields.empty() ? text_of(record.contentDescription) : std::string_view(fields.back().text));
 }
 
 std::string type_of(const MimeMsg& record) {

@@ -5,14 +5,17 @@
 #include <optional>
 #include <string>
 
+#include "tools/text/readable.h"
 #include "vel/mime.h"
 
 namespace vel::command {
 
-// The name that a message gives an entity, as it stands there: the disposition's filename, the type's
-// name, or the name that MimeGetBody has found in a uuencoded or BinHex body. Nothing when there is none
-// or it is empty.
-std::optional<std::string> given_name(const MimeMsg& record);
+// The name that a message gives an entity: the disposition's filename, the type's name, or the name that
+// MimeGetBody has found in a uuencoded or BinHex body. Nothing when there is none or it is empty.
+std::optional<Readable> given_name(const MimeMsg& record);
+
+// Its Content-Description, continuation lines too, of which the record has only the first line. Throws Failure.
+std::optional<Readable> description_of(const MimeMsg& record);
 
 // "text/plain"; what a record without a type is: text.
 std::string type_of(const MimeMsg& record);

@@ -44,6 +44,12 @@ Character first_character(std::string_view text) {
     return {code, form->length};
 }
 
+bool is_utf8(std::string_view text) {
+    bool result = true;
+    for_each_character(text, [&](char32_t code, std::string_view) { result = result && code != kNotUtf8; });
+    return result;
+}
+
 std::string_view cut_to(std::string_view text, std::size_t size) {
     if (text.size() <= size) return text;
     std::size_t end = size;

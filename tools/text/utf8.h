@@ -19,6 +19,8 @@ struct Character {
 // U+10FFFF are not UTF-8; of such a sequence each byte stands alone.
 Character first_character(std::string_view text);
 
+bool is_utf8(std::string_view text);
+
 // The longest beginning of at most size bytes that cuts no character in two.
 std::string_view cut_to(std::string_view text, std::size_t size);
 

@@ -20,8 +20,10 @@ const std::string kFooter =
         "  printf 'Content-Transfer-Encoding: base64\\nMIME-Version: 1.0\\n\\ndGV4dAo=\\n' | vel extract - -o parts\n"
         "  vel extract -r ~/Maildir -o attachments --max-bytes 1G\n"
         "\n"
-        "Every body that is not a container's is written, decoded, under the name that the message gives it, made\n"
-        "safe: no path, no control characters, no device names, at most 200 bytes. Without a name it is part-N with\n"
+        "Every body that is not a container's is written, decoded, under the name that the message gives it, in UTF-8 "
+        "and\n"
+        "made safe: no path, no control characters, no device names, at most 200 bytes. Without a name it is part-N "
+        "with\n"
         "an extension for its type, N being the index that vel parse shows. A name that is taken gets a number;\n"
         "nothing is overwritten. BinHex becomes an AppleSingle file, which holds both forks, with .as for its .hqx or\n"
         "behind its name. A text is written without the files embedded in it, which are written too. What belongs to\n"
@@ -33,7 +35,9 @@ const std::string kFooter =
         "\n"
         "The JSON object: file, mime, normalized, fallback, removed (as vel parse has it), messages (level, text),\n"
         "uncovered (start, end), files, left_out (how many the limits left out). A file: part (null: uncovered\n"
-        "bytes), path, size, type, name (in the message), true_name (in a uuencoded or BinHex body), decoded.\n"
+        "bytes), path, size, type, name (in the message: text in UTF-8, converted; when that is false the text is as "
+        "it\n"
+        "stands), true_name (in a uuencoded or BinHex body, as it stands), decoded.\n"
         "\n") +
     kAboutJsonTexts;
 
@@ -69,14 +73,13 @@ std::string misuse(const Options& options, const CommandLine& line) {
 }
 
 Json file_json(const Written& file) {
-    const auto text = [](const std::optional<std::string>& value) { return value ? Json(json_text(*value)) : Json(); };
     return {
         {"part", file.part ? Json(*file.part) : Json()},
         {"path", json_text(file.path)},
         {"size", file.size},
         {"type", file.part ? Json(json_text(file.type)) : Json()},
-        {"name", text(file.name)},
-        {"true_name", text(file.true_name)},
+        {"name", readable_json(file.name)},
+        {"true_name", file.true_name ? Json(json_text(*file.true_name)) : Json()},
         {"decoded", file.decoded},
     };
 }
@@ -96,7 +99,7 @@ void print_table(const ParsedMessage& message, const Extraction& extraction, Out
     Table table({{"part", right}, {"size", right}, {"type"}, {"file"}, {"name in the message"}});
     for (const Written& file : extraction.files) {
         table.add({file.part ? std::to_string(*file.part) : "-", std::to_string(file.size), visible(file.type),
-                   visible(file.path), file.name ? visible(*file.name) : "-"});
+                   visible(file.path), file.name ? shown(*file.name) : "-"});
     }
     table.print(output);
 }

@@ -1,7 +1,7 @@
 // vel headers: the header fields of messages.
 #include <nlohmann/json.hpp>
 
-#include "tools/io/library_scratch.h"
+#include "tools/io/private_copy.h"
 #include "tools/message/extraction.h"
 #include "tools/message/header_fields.h"
 #include "tools/message/message_json.h"
@@ -18,7 +18,9 @@ const std::string kFooter =
         "  printf 'From: Ann <ann@example.com>\\nDate: 1 Feb 99 10:20 EST\\n\\n' | vel headers -\n"
         "\n"
         "Addresses are shown in canonical form with phrase and comment; what is no address is left out (vel address\n"
-        "tells more). Of Date and Resent-Date the first counts; one that is no date is replaced by the current time,\n"
+        "tells more). Encoded words are shown in UTF-8; a text that cannot be converted is shown as it stands, marked\n"
+        "\"(not converted)\". Of Date and Resent-Date the first counts; one that is no date is replaced by the current "
+        "time,\n"
         "and said so. Of other fields that may stand once the first counts. \"other\" are the fields that the library\n"
         "does not know, \"envelope\" the lines of a queue's envelope. Of each of these at most 1000 are shown, and\n"
         "how many more there are: \"no field\", lines that are not stored; \"cut off\", what stands behind the first\n"
@@ -31,7 +33,8 @@ const std::string kFooter =
         "received, other; envelope; no_fields, cut_off, no_addresses, and behind each its number (no_fields_count).\n"
         "What is absent is null. An address: kind, canonical, phrase, comment, local, domain, text (as it\n"
         "stands). A date: has_date, has_resent_date, readable, and if it is what vel date shows. The lines of a\n"
-        "folded text are parted by CR LF TAB.\n"
+        "folded text are parted by CR LF TAB. All these are as they stand; decoded has the addresses and the texts in\n"
+        "which encoded words may stand as people read them, lists of text and converted (vel parse --help).\n"
         "\n") +
     kAboutJsonTexts;
 
@@ -54,10 +57,8 @@ Shown message_header(const std::string& name, Session& session) {
 Shown part_header(const std::string& name, int part, const ParseOptions& options, Session& session) {
     const ParsedMessage message = parse_message(name, options, session);
     const MimeMsg& record = wanted_part(message, part);
-    const LibraryScratch written_to(session.scratch);
-    const ResultFile header(MimeGetHeader(&record));
-    // A part that begins where its file ends has none.
-    HeaderBlock block = read_header_block(header ? header.get() : "/dev/null", session.journal);
+    const PrivateFile header = copy_range({record.headerStart, record.bodyStart}, message.input.path, session.scratch);
+    HeaderBlock block = read_header_block(header.path(), session.journal);
     const Exit exit = message.fallback == Fallback::none ? exit_of(block) : Exit::bad_data;
     return {std::move(block), message.input.normalized, exit};
 }
@@ -83,8 +84,11 @@ std::string heading(const std::string& name, std::optional<int> part, const Head
 Exit run_headers(Arguments arguments, Session& main) {
     CommandLine line("headers", "Shows the header fields of messages: addresses, dates and texts.", kFooter);
     std::optional<int> part;
+    Texts texts = Texts::readable;
     line.add_files();
     line.add_json();
+    line.app().add_flag_callback(
+        "--raw", [&] { texts = Texts::as_they_stand; }, "Show encoded words as they stand");
     auto* by_part =
         as_number(line.app().add_option("--part", part, "Show the header block of this entity, by its index"));
     line.add_nested();
@@ -98,7 +102,7 @@ Exit run_headers(Arguments arguments, Session& main) {
         if (line.json) {
             session.output.write(one_line(header_json(file, part, shown)).append("\n"));
         } else {
-            session.output.write(heading(file, part, shown.block).append(fields_text(shown.block)));
+            session.output.write(heading(file, part, shown.block).append(fields_text(shown.block, texts)));
         }
         return shown.exit;
     });

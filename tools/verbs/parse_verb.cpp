@@ -26,8 +26,12 @@ const std::string kFooter =
         "why, line, start, end in the file that was repaired), messages (level, text), count, leaves, multiparts,\n"
         "uncovered (start, end), parts. A part: index, parent, depth, kind (0 not placed, 1 container or body that\n"
         "runs to the end of the file, 2 child), mime_version, type, subtype, encoding, disposition, id,\n"
-        "description, params, disposition_params, boundary, header_start, body_start, body_end, children. What is\n"
-        "absent is null; an end is the offset behind the last byte.\n"
+        "description, params, disposition_params, boundary, header_start, body_start, body_end, children, decoded.\n"
+        "These texts are as they stand; decoded has name and description as people read them: each text, in UTF-8, "
+        "with\n"
+        "encoded words and extended parameters (RFC 2231) resolved, and converted; when that is false the charset is\n"
+        "not known, or the bytes are none of it, and the text is as it stands. What is absent is null; an end is the\n"
+        "offset behind the last byte.\n"
         "\n") +
     kAboutJsonTexts;
 

@@ -1,0 +1,74 @@
+#include "tools/message/header_texts.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "tools/io/lines.h"
+#include "tools/text/ascii.h"
+#include "tools/text/utf8.h"
+
+namespace vel::command {
+namespace {
+
+class Collector {
+  public:
+    explicit Collector(std::initializer_list<std::string_view> names) : names_(names) {}
+
+    // A line, or a piece of a long one.
+    void take(std::string_view line) {
+        const bool begins_line = std::exchange(line_ended_, line.ends_with('\n'));
+        const bool folded = begins_line && line.find_first_of(" \t") == 0;
+        if (begins_line && !folded) line = begin_field(line);
+        if (!wanted_) return;
+        if (begins_line) line = line.substr(std::min(line.size(), line.find_first_not_of(kBlanks)));
+        if (folded) add(" ");
+        add(line);
+    }
+
+    std::vector<HeaderText> finish() {
+        for (HeaderText& field : fields_) field.text.erase(field.text.find_last_not_of(kBlanks) + 1);
+        return std::move(fields_);
+    }
+
+  private:
+    // Returns what stands behind the name.
+    std::string_view begin_field(std::string_view line) {
+        const std::size_t colon = std::min(line.size(), line.find(':'));
+        const std::string_view name = trimmed(line.substr(0, colon));
+        const auto* found = std::find_if(names_.begin(), names_.end(), [&](auto wanted) { return same(wanted, name); });
+        wanted_ = found != names_.end() && colon < line.size() && size_ < kMostHeaderText;
+        if (wanted_) fields_.push_back({*found, {}});
+        return wanted_ ? line.substr(colon + 1) : line;
+    }
+
+    void add(std::string_view text) {
+        if (text.ends_with('\n')) text.remove_suffix(1);
+        if (text.ends_with('\r')) text.remove_suffix(1);
+        text = cut_to(text, kMostHeaderText - size_);
+        size_ += text.size();
+        fields_.back().text += text;
+    }
+
+    const std::initializer_list<std::string_view> names_;
+    std::vector<HeaderText> fields_;
+    std::size_t size_ = 0;
+    bool line_ended_ = true;
+    bool wanted_ = false;  // the field that the line belongs to
+};
+
+}  // namespace
+
+std::vector<HeaderText> header_texts(const std::string& path, Range block,
+                                     std::initializer_list<std::string_view> names) {
+    LineReader lines(path);
+    lines.go_to(block.start);
+    Collector collector(names);
+    while (lines.position() < block.end) {
+        const auto line = lines.next();
+        if (!line) break;
+        collector.take(line->text);
+    }
+    return collector.finish();
+}
+
+}  // namespace vel::command
