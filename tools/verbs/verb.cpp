@@ -9,6 +9,7 @@ namespace {
 
 constexpr std::array kVerbs{
     Verb{"parse", "show the entities of a message", run_parse},
+    Verb{"show", "read a message: chief header lines and text", run_show},
     Verb{"extract", "write the bodies of a message into files, decoded", run_extract},
     Verb{"headers", "show the header fields of a message", run_headers},
     Verb{"check", "tell what is wrong with a message, and where", run_check},

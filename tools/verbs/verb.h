@@ -45,6 +45,7 @@ struct Verb {
 std::span<const Verb> verbs();
 
 Exit run_parse(Arguments arguments, Session& main);
+Exit run_show(Arguments arguments, Session& main);
 Exit run_extract(Arguments arguments, Session& main);
 Exit run_headers(Arguments arguments, Session& main);
 Exit run_check(Arguments arguments, Session& main);

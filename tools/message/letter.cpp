@@ -1,0 +1,159 @@
+#include "tools/message/letter.h"
+
+#include <optional>
+#include <string>
+
+#include "tools/io/blocks.h"
+#include "tools/io/table.h"
+#include "tools/message/body_file.h"
+#include "tools/message/chief_fields.h"
+#include "tools/message/draw_tree.h"
+#include "tools/message/entity.h"
+#include "tools/message/html_text.h"
+#include "tools/message/parameters.h"
+#include "tools/message/part_name.h"
+#include "tools/message/reading_plan.h"
+#include "tools/text/charset.h"
+#include "tools/text/charset_names.h"
+#include "tools/text/plain_text.h"
+#include "tools/text/text_forms.h"
+
+namespace vel::command {
+namespace {
+
+std::string charset_of(const MimeMsg& record) {
+    const std::optional<Readable> charset = parameter(record.contentTypeParams, "charset");
+    return charset ? charset->text : std::string();
+}
+
+class Letter {
+  public:
+    Letter(const ParsedMessage& message, bool html_as_text, Session& session)
+        : message_(message), html_as_text_(html_as_text), session_(session), output_(session.output) {}
+
+    void write() {
+        const std::vector<Reads> plan = reading_plan(message_);
+        output_.write(heading_of(message_).append("\n"));
+        for (const int index : message_.tree.drawing_order()) {
+            if (begins_message(message_, index)) write_header(index);
+            attempt(index, [&] { take(index, plan[static_cast<std::size_t>(index)]); });
+        }
+        write_others();
+    }
+
+  private:
+    void take(int index, Reads reads) {
+        switch (reads) {
+            case Reads::nothing: return;
+            case Reads::text: return write_text(index);
+            case Reads::html: return write_html(index);
+            case Reads::listed: return list(index);
+        }
+    }
+
+    // Of what cannot be shown that is said, and it is listed.
+    template <class Show>
+    void attempt(int index, Show show) {
+        try {
+            show();
+        } catch (const Failure& failure) {
+            output_.complain(message_.name, "part " + std::to_string(index) + ": " + failure.what());
+            list(index, size_of_body(message_.record(index)));
+        }
+    }
+
+    void write_header(int index) {
+        const MimeMsg& record = message_.record(index);
+        const int parent = message_.tree.parent(index);
+        if (parent != kNoParent) write_note("part " + std::to_string(parent) + ", an enclosed message:");
+        const std::string fields = chief_fields(message_.input.path, {record.headerStart, record.bodyStart});
+        if (!fields.empty()) output_.write((parent == kNoParent ? "" : "\n") + fields);
+    }
+
+    void write_note(const std::string& text) { output_.write("\n" + text + "\n"); }
+
+    BodyFile body_of(int index) {
+        MimeMsg& record = message_.record(index);
+        BodyFile body =
+            write_body(record, hides_content_in_header(record) ? Form::raw : Form::decoded, session_.scratch);
+        if (!body.decoded && is_encoded(record)) {
+            output_.complain(message_.name, "part " + std::to_string(index) + " does not decode; shown as it stands");
+        }
+        return body;
+    }
+
+    void write_text(int index) {
+        const BodyFile body = body_of(index);
+        const std::string charset = charset_of(message_.record(index));
+        if (!known_charset(charset)) {
+            output_.complain(message_.name, "part " + std::to_string(index) + ": charset \"" + charset +
+                                                "\" is not known; its text is shown as it stands");
+        }
+        if (size_of(body.file) > 0) write_file(body.file.get(), charset);
+    }
+
+    void write_file(const std::string& path, std::string_view charset) {
+        output_.write("\n");
+        const Descriptor file = open_for_reading(path);
+        Utf8Converter converter(charset);
+        PlainText plain;
+        std::string converted, made;
+        const auto write_made = [&] {
+            plain.more(converted, made);
+            output_.write(made);
+            converted.clear();
+            made.clear();
+        };
+        for_each_block(file.get(), [&](std::string_view block) {
+            converter.more(block, converted);
+            write_made();
+            return true;
+        });
+        converter.finish(converted);
+        write_made();
+        plain.finish(made);
+        output_.write(made);
+    }
+
+    void write_html(int index) {
+        if (!html_as_text_) {
+            write_note("part " + std::to_string(index) + " is text in HTML only: --html-as-text shows it");
+            return list(index);
+        }
+        const BodyFile body = body_of(index);
+        const PrivateFile text = html_as_text(body.file.get(), charset_of(message_.record(index)), session_.scratch);
+        write_file(text.path(), kUtf8);
+    }
+
+    void list(int index) { list(index, size_of(body_of(index).file)); }
+
+    void list(int index, uint64_t size) {
+        const MimeMsg& record = message_.record(index);
+        const std::optional<Readable> name = given_name(record);
+        others_.add({std::to_string(index), std::to_string(size), visible(type_of(record)),
+                     name ? shown(*name) : std::string("-")});
+    }
+
+    void write_others() {
+        for (const Range& range : message_.uncovered) {
+            others_.add({"-", std::to_string(range.end - range.start), "uncovered", "-"});
+        }
+        if (others_.empty()) return;
+        output_.write("\n");
+        others_.print(output_);
+    }
+
+    const ParsedMessage& message_;
+    const bool html_as_text_;
+    Session& session_;
+    Output& output_;
+    Table others_{{{"part", Table::Align::right}, {"size", Table::Align::right}, {"type"}, {"name"}}};
+};
+
+}  // namespace
+
+void write_letter(const ParsedMessage& message, bool html_as_text, Session& session) {
+    Letter(message, html_as_text, session).write();
+}
+
+}  // namespace vel::command
