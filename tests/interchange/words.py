@@ -11,7 +11,7 @@ from interchange.pairs import Meant, dice, pair, vel
 fold = Meant("a text in Q may be cut between the = of an escape and its digits",
              lambda words: re.sub(rb"=\?=\r\n =\?[^?]*\?Q\?", b"=", words))
 blanks = Meant("two blanks stand before a comment, and the one before a fold stays",
-               lambda text: re.sub(" +", " ", text))
+               lambda words: re.sub(rb" (?= \(|\r\n )", b"", words))
 gap = Meant("blanks between encoded words are text", lambda words: re.sub(rb"\?=\s+=\?", b"?==?", words))
 underscore = Meant("an underscore in an encoded word stands for itself", lambda words: words.replace(b"_", b"=20"))
 
@@ -50,7 +50,7 @@ def words(group):
     charset, method, texts = group
     values = [text.encode(charset) for text in texts]
     for text, written in zip(texts, by_vel("encode", charset, "--method", method, values=values)):
-        yield "read by Python", blanks(read_by_python(fold(written))), text
+        yield "read by Python", read_by_python(blanks(fold(written))), text
     written = [underscore(gap(written_by_python(text, charset, method))) for text in texts]
     for value, read in zip(values, by_vel("decode", charset, "--force", values=written)):
         yield "read by vel", read, value
