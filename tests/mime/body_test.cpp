@@ -104,6 +104,8 @@ TEST_F(BodyTest, empty_backwards_and_missing_bodies) {
     EXPECT_EQ(taken(MimeGetBodyWithNoEmbeddedAttachment(empty)), "(null)");
     EXPECT_EQ(taken(MimeGetBody(nullptr, 0, -1)), "(null)");
     EXPECT_EQ(taken(MimeGetHeader(nullptr)), "(null)");
+    empty->headerStart = empty->bodyEnd;
+    EXPECT_EQ(taken(MimeGetHeader(empty)), "(null)");
 
     const std::string path = record(0)->fileName;
     ::unlink(path.c_str());
