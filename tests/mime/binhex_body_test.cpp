@@ -1,11 +1,10 @@
 // BinHex bodies as files.
+#include "tests/codec/mac_file.h"
 #include "tests/support/fixture.h"
 #include "vel/mime.h"
 
 namespace vel::test {
 namespace {
-
-using namespace std::string_literals;
 
 class BinhexBody : public VelTest {
   protected:
@@ -27,25 +26,20 @@ class BinhexBody : public VelTest {
     mime_msg_pool* pool_ = nullptr;
 };
 
-constexpr const char* kBinhex =
-    "(This file must be converted with BinHex 4.0)\r\n"
-    ":!@%!9%9B9(4dH(3!N!8&!*!%T\r\nkKSC@aXEm0L!!$r:\r\n\r\n";
+const MacFile kFile{"a", "TEXT", "ttxt", 0, "hello", std::string(90, 'r') + "fork and more than a line of text"};
+const std::string kBinhex = kFile.hqx();
 constexpr const char* kHead = "MIME-Version: 1.0\r\nContent-Type: application/MAC-binhex40\r\n";
 
 TEST_F(BinhexBody, becomes_an_apple_single_file_and_names_the_record) {
-    const std::string expected = "\0\x05\x16\0\0\x02\0\0"s + std::string(16, '\0') +
-                                 "\0\4\0\0\0\1\0\0\0\x4A\0\0\0\5\0\0\0\2\0\0\0\x4F\0\0\0\0\0\0\0\3\0\0\0\x4F\0\0\0\1"
-                                 "\0\0\0\x09\0\0\0\x50\0\0\0\x20hello"
-                                 "aTEXTttxt"s +
-                                 std::string(24, '\0');
     MimeMsg* record = record_of(std::string(kHead) + "\r\nread me first\r\n" + kBinhex);
     for (int round = 0; round < 2; ++round) {  // the name is replaced
-        EXPECT_EQ(taken(MimeGetBody(record, 0, -1)), expected);
+        EXPECT_EQ(taken(MimeGetBody(record, 0, -1)), kFile.apple_single());
         EXPECT_STREQ(MimeGetTrueName(record), "a");
     }
     EXPECT_TRUE(taken(MimeGetBody(record, 1, -1)).starts_with("MIME-Version"));
     EXPECT_STREQ(MimeGetTrueName(record), "a");
-    EXPECT_EQ(taken(MimeGetBody(record_of("Subject: none\r\n\r\ntext\r\n"s + kBinhex, 1), 0, -1)), expected);
+    EXPECT_EQ(taken(MimeGetBody(record_of("Subject: none\r\n\r\ntext\r\n"s + kBinhex, 1), 0, -1)),
+              kFile.apple_single());
 }
 
 TEST_F(BinhexBody, that_does_not_decode_is_delivered_without_a_name) {
