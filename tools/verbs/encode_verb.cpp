@@ -24,7 +24,8 @@ const std::string kFooter =
     "  uu         any bytes, with a begin line that carries a name and a mode\n"
     "  binhex     an AppleSingle file with both its forks (RFC 1741)\n"
     "Lines end in CR LF. Quoted-printable ends in a line break that the file does not have, and base64 in an empty\n"
-    "line when its last line is full. base64 takes files of any size, the others of less than 2 GiB.";
+    "line when its last line is full. base64 takes files of any size; with the others neither FILE nor what comes\n"
+    "of it may reach 2 GiB.";
 
 struct Options {
     std::string name;  // empty: that of the file
