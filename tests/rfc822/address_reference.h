@@ -1,5 +1,5 @@
-// A second address parser, slow and plain: LALR(1) tables made from the grammar's rows, an engine that
-// fetches a look-ahead only in states that need one, a lexer and a list loop on std::string.
+// A second address parser, slow and plain: tables made from the grammar's rows, an engine that fetches a
+// look-ahead only in states that need one, a lexer and a list loop on std::string.
 #ifndef VEL_TESTS_RFC822_ADDRESS_REFERENCE_H
 #define VEL_TESTS_RFC822_ADDRESS_REFERENCE_H
 
@@ -12,26 +12,33 @@
 
 namespace vel::test {
 
-// Terminals: a atom, q quoted string, l domain literal, $ end, ! error, punctuation as itself.
-// S start, A address, G group, M mailbox, R route-addr, T route, X addr-spec, L local-part, D domain,
-// U sub-domain, P phrase, W word.
-struct GrammarRow {
-    char left;
-    std::string right;
-};
-inline const std::map<int, GrammarRow> kGrammar{
-    {0, {'Z', "S"}},     {1, {'S', "A"}},     {2, {'S', "!"}},      {3, {'S', "S,A"}},  {4, {'A', "W"}},
-    {5, {'A', "M"}},     {6, {'A', "G;"}},    {7, {'G', "P:M"}},    {8, {'G', "G,M"}},  {9, {'M', "X"}},
-    {10, {'M', "X!"}},   {11, {'M', "!X"}},   {12, {'M', "PR"}},    {13, {'M', "PR!"}}, {14, {'M', "P!R"}},
-    {15, {'M', "R"}},    {16, {'M', "R!"}},   {17, {'R', "<T:X>"}}, {18, {'R', "T:X"}}, {19, {'R', "<X>"}},
-    {20, {'R', "<L>"}},  {21, {'X', "L@D"}},  {22, {'X', "L"}},     {23, {'L', "W"}},   {24, {'L', "L.W"}},
-    {25, {'L', "L."}},   {26, {'D', "U"}},    {27, {'D', "D.U"}},   {28, {'P', "W"}},   {29, {'P', "PW"}},
-    {31, {'W', "a"}},    {32, {'W', "q"}},    {33, {'U', "a"}},     {34, {'U', "l"}},   {35, {'T', "@D"}},
-    {36, {'T', "T,@D"}}, {37, {'T', "T:@D"}},
-};
+// c canonical text, o original, p phrase, m comment, l local part, d domain, r route.
+using ReferenceAddress = std::map<char, std::string>;
 
-// States are sets of rows with a dot and their look-aheads, merged where they differ in look-aheads only.
-class LalrTables {
+// Terminals: a atom, q quoted string, l domain literal, $ end, punctuation as itself; ! never comes, but
+// a state that could take it fetches a look-ahead. S list, A address, G group, M mailbox, R route-addr,
+// T route, X addr-spec, L local-part, D domain, U sub-domain, P phrase, W word.
+struct GrammarRow {
+    std::string left_and_right;
+    std::string value;  // a digit stands for the value of that symbol; an address without one is refused
+    std::string parts;  // which hold the value
+    char left() const { return left_and_right[0]; }
+    const char* right() const { return left_and_right.c_str() + 2; }
+    std::size_t size() const { return left_and_right.size() - 2; }
+};
+inline const std::vector<GrammarRow> kGrammar{
+    {"Z=S", "", ""},        {"A=W", "0", "cl"},      {"A=W;", "", ""},       {"A=M", "0", ""},
+    {"A=G;", "0;", "c"},    {"S=A", "", ""},         {"S=S,A", "", ""},      {"G=P:M", "0: 2", "c"},
+    {"G=G,M", "0, 2", "c"}, {"M=X", "0", "c"},       {"M=X!", "", ""},       {"M=PR", "1", "c"},
+    {"M=PR!", "", ""},      {"M=R", "0", "c"},       {"M=R!", "", ""},       {"R=<T:X>", "<1:3>", ""},
+    {"R=T:X", "<0:2>", ""}, {"R=<X>", "1", ""},      {"R=<L>", "1", ""},     {"X=L@D", "0@2", ""},
+    {"X=L", "0", ""},       {"L=W", "0", "l"},       {"L=L.W", "0.2", "l"},  {"L=L.", "0.", "l"},
+    {"D=U", "0", "d"},      {"D=D.U", "0.2", "d"},   {"P=W", "0", "p"},      {"P=PW", "0 1", "p"},
+    {"W=a", "0", ""},       {"W=q", "0", ""},        {"U=a", "0", ""},       {"U=l", "0", ""},
+    {"T=@D", "@1", "r"},    {"T=T,@D", "0,@3", "r"}, {"T=T:@D", "0:@3", "r"}};
+
+// States are sets of rows with a dot. A shift comes before a reduction, a row before those behind it.
+class GrammarTables {
   public:
     static constexpr int kNone = -1;
     struct State {
@@ -40,100 +47,83 @@ class LalrTables {
         int always = kNone;          // the only thing to do here: reduce this row
     };
 
-    LalrTables() {
-        find_or_add({{{0, 0}, {'$'}}});
-        for (changed_ = true; changed_;) {
-            changed_ = false;
-            for (std::size_t i = 0; i < kernels_.size(); ++i) connect(i);
-        }
-        for (std::size_t i = 0; i < kernels_.size(); ++i) fill_in(i);
+    GrammarTables() {
+        number_of({{0, 0}});
+        for (std::size_t i = 0; i < kernels_.size(); ++i) states_.push_back(connected(kernels_[i]));
     }
     const State& operator[](int state) const { return states_[static_cast<std::size_t>(state)]; }
 
   private:
     using Item = std::pair<int, std::size_t>;  // row, dot
-    using Items = std::map<Item, std::set<char>>;
+    using Items = std::set<Item>;
 
-    static char behind_dot(const Item& item) { return kGrammar.at(item.first).right.c_str()[item.second]; }
+    static const GrammarRow& row(int number) { return kGrammar[static_cast<std::size_t>(number)]; }
+    static char behind_dot(const Item& item) { return row(item.first).right()[item.second]; }
 
+    // What a symbol may begin with. Non-terminals among them do no harm.
     static std::set<char> first_of(char symbol) {
         std::set<char> symbols{symbol};
         for (std::size_t size = 0; size != symbols.size();) {
             size = symbols.size();
-            for (const auto& [number, row] : kGrammar) {
-                if (symbols.contains(row.left)) symbols.insert(row.right[0]);
+            for (const GrammarRow& row : kGrammar) {
+                if (symbols.contains(row.left())) symbols.insert(row.right()[0]);
             }
         }
-        return symbols;  // non-terminals among them do no harm
+        return symbols;
     }
 
-    static Items closure(Items items) {
-        for (bool grown = true; grown;) {
-            grown = false;
-            for (const auto& [item, ahead] : Items(items)) {
-                const char behind = behind_dot({item.first, item.second + (behind_dot(item) != 0)});
-                for (const auto& [number, row] : kGrammar) {
-                    if (row.left != behind_dot(item)) continue;
-                    std::set<char>& set = items[{number, 0}];
-                    const std::size_t size = set.size();
-                    set.merge(behind ? first_of(behind) : std::set<char>(ahead));
-                    grown |= set.size() != size;
+    // What may stand behind a symbol.
+    static std::set<char> follow_of(char symbol) {
+        std::set<char> found, ended{symbol};  // what ends where the symbol ends
+        for (std::size_t size = 0; size != ended.size();) {
+            size = ended.size();
+            for (const GrammarRow& row : kGrammar) {
+                if (ended.contains(row.left_and_right.back())) ended.insert(row.left());
+            }
+        }
+        for (const GrammarRow& row : kGrammar) {
+            for (std::size_t i = 1; i < row.size(); ++i) {
+                if (ended.contains(row.right()[i - 1])) found.merge(first_of(row.right()[i]));
+            }
+        }
+        if (ended.contains('Z')) found.insert('$');
+        return found;
+    }
+
+    int number_of(const Items& kernel) {
+        const auto at = std::find(kernels_.begin(), kernels_.end(), kernel);
+        const auto number = static_cast<int>(at - kernels_.begin());
+        if (at == kernels_.end()) kernels_.push_back(kernel);
+        return number;
+    }
+
+    State connected(Items items) {
+        for (std::size_t size = 0; size != items.size();) {
+            size = items.size();
+            for (const Item& item : Items(items)) {
+                for (int i = 0; i < static_cast<int>(kGrammar.size()); ++i) {
+                    if (row(i).left() == behind_dot(item)) items.insert({i, 0});
                 }
             }
         }
-        return items;
-    }
-
-    int find_or_add(const Items& kernel) {
-        for (std::size_t i = 0; i < kernels_.size(); ++i) {
-            const auto same = [](const auto& a, const auto& b) { return a.first == b.first; };
-            if (!std::equal(kernel.begin(), kernel.end(), kernels_[i].begin(), kernels_[i].end(), same)) continue;
-            for (const auto& [item, ahead] : kernel) {
-                std::set<char>& set = kernels_[i][item];
-                const std::size_t size = set.size();
-                set.insert(ahead.begin(), ahead.end());
-                changed_ |= set.size() != size;
-            }
-            return static_cast<int>(i);
-        }
-        kernels_.push_back(kernel);
-        states_.emplace_back();
-        changed_ = true;
-        return static_cast<int>(kernels_.size() - 1);
-    }
-
-    void connect(std::size_t i) {
+        State state;
         std::map<char, Items> next;
-        for (const auto& [item, ahead] : closure(kernels_[i])) {
-            if (behind_dot(item)) next[behind_dot(item)][{item.first, item.second + 1}] = ahead;
+        Items complete;
+        for (const Item& item : items) {
+            (behind_dot(item) ? next[behind_dot(item)] : complete).insert({item.first, item.second + 1});
         }
-        for (const auto& [symbol, kernel] : next) {
-            const int target = find_or_add(kernel);
-            states_[i].go[symbol] = target;
-        }
-    }
-
-    // A shift comes before a reduction, a row before those with higher numbers.
-    void fill_in(std::size_t i) {
-        std::set<int> rows;
-        for (const auto& [item, ahead] : kernels_[i]) {
-            if (behind_dot(item)) continue;
-            rows.insert(item.first);
-            for (const char c : ahead) {
-                if (!states_[i].go.contains(c)) states_[i].reduce.emplace(c, item.first);
+        for (const auto& [symbol, kernel] : next) state.go[symbol] = number_of(kernel);
+        for (const Item& item : complete) {
+            for (const char c : follow_of(row(item.first).left())) {
+                if (!state.go.contains(c)) state.reduce.emplace(c, item.first);
             }
         }
-        if (rows.size() == 1 && states_[i].go.empty()) states_[i].always = *rows.begin();
+        if (complete.size() == 1 && next.empty()) state.always = complete.begin()->first;
+        return state;
     }
 
     std::vector<Items> kernels_;
     std::vector<State> states_;
-    bool changed_ = false;
-};
-
-struct ReferenceAddress {
-    std::string canon, orig, phrase, comment, local, domain;
-    bool operator==(const ReferenceAddress&) const = default;
 };
 
 class ReferenceParser {
@@ -149,10 +139,10 @@ class ReferenceParser {
             if (text_[at] == ',') ++at;
             ReferenceAddress address;
             const std::size_t stop = one(at, address);
-            if (!address.canon.empty()) {
-                address.orig = text_.substr(at, stop - at);
-                address.orig.erase(0, address.orig.find_first_not_of(kBetween));
-                address.orig.erase(address.orig.find_last_not_of(kBetween) + 1);
+            if (!address['c'].empty()) {
+                address['o'] = text_.substr(at, stop - at);
+                address['o'].erase(0, address['o'].find_first_not_of(kBetween));
+                address['o'].erase(address['o'].find_last_not_of(kBetween) + 1);
                 found.push_back(address);
             }
             at = stop;
@@ -168,10 +158,9 @@ class ReferenceParser {
         at_ = at;
         dot_skip_ = true;
         parts_ = {};
-        route_.clear();
         ahead_ = 0;
         if (!parse()) return std::min(text_.find(',', ahead_ == ',' ? at_ - 1 : at_), text_.size());
-        if (!parts_.canon.empty()) address = parts_;
+        if (!parts_['c'].empty()) address = parts_;
         return at_;
     }
 
@@ -180,7 +169,6 @@ class ReferenceParser {
     static constexpr const char* kBetween = ", \t\n\v\f\r";
     static constexpr std::size_t kPart = 255;
     static constexpr char kBroken = -1;
-    struct TooLong {};
 
     bool odd_quotes() const {
         bool odd = false;
@@ -193,10 +181,10 @@ class ReferenceParser {
         return odd;
     }
 
-    std::string cut(std::size_t end) {
-        const std::string token = text_.substr(at_, end - at_);
-        at_ = end;
-        return token;
+    char token(std::size_t end, char kind) {
+        token_ = text_.substr(at_, end - at_);
+        at_ = std::min(end, text_.size());
+        return kind;
     }
 
     char lex() {
@@ -205,22 +193,18 @@ class ReferenceParser {
         const char c = text_[at_];
         if (c == '(') return comment() ? lex() : kBroken;
         if (c == '"') {
-            token_ = cut(std::min(text_.find('"', at_ + 1), text_.size() - 1) + 1);
+            token(std::min(text_.find('"', at_ + 1), text_.size() - 1) + 1, 'q');
             if (token_.back() == ' ') token_.pop_back();
             return 'q';
         }
         if (c == '[') {
             std::size_t end = text_.find(']', at_);
             while (end != std::string::npos && text_[end - 1] == '\\') end = text_.find(']', end + 1);
-            if (end == std::string::npos) return ++at_, kBroken;
-            token_ = cut(end + 1);
-            return 'l';
+            return end == std::string::npos ? (++at_, kBroken) : token(end + 1, 'l');
         }
         if (c == ',' || c == '>' || c == '@') dot_skip_ = false;
         if (std::string(",:;<>@").find(c) != std::string::npos || (c == '.' && !dot_skip_)) return ++at_, c;
-        token_ = cut(std::min(text_.find_first_of(dot_skip_ ? "\",:;<@>[ \t\n\v\f\r" : "\",:;<@>[. \t\n\v\f\r", at_),
-                              text_.size()));
-        return 'a';
+        return token(text_.find_first_of(dot_skip_ ? "\",:;<@>[ \t\n\v\f\r" : "\",:;<@>[. \t\n\v\f\r", at_), 'a');
     }
 
     bool comment() {
@@ -236,7 +220,7 @@ class ReferenceParser {
             else if (!quoted && c == '(')
                 ++depth;
             else if (!quoted && c == ')' && --depth == 0) {
-                parts_.comment = text_.substr(open + 1, at_ - open - 1).substr(0, kPart);
+                parts_['m'] = text_.substr(open + 1, at_ - open - 1).substr(0, kPart);
                 ++at_;
                 return true;
             }
@@ -244,83 +228,58 @@ class ReferenceParser {
         return false;
     }
 
-    static std::string put(std::string& part, const std::string& text) {
-        if (text.size() > kPart) throw TooLong();
-        return part = text;
-    }
-
-    // The value of a row that is reduced, from the values of its symbols.
-    std::string value(int number, const std::vector<std::string>& v) {
-        std::string other;  // parts that no field shows: their length counts
-        switch (number) {
-            case 4: put(parts_.canon, v[0]); return put(parts_.local, v[0]);
-            case 6: return put(parts_.canon, v[0] + ";");
-            case 7: return put(parts_.canon, v[0] + ": " + v[2]);
-            case 8: return put(parts_.canon, v[0] + ", " + v[2]);
-            case 9: return put(parts_.canon, v[0]);
-            case 12: return put(parts_.canon, v[1]);
-            case 15: return put(parts_.canon, v[0]);
-            case 17: return put(other, "<" + v[1] + ":" + v[3] + ">");
-            case 18: return put(other, "<" + v[0] + ":" + v[2] + ">");
-            case 19:
-            case 20: return v[1];
-            case 21: return put(other, v[0] + "@" + v[2]);
-            case 22: return put(other, v[0]);
-            case 23: return put(parts_.local, v[0]);
-            case 24: return put(parts_.local, v[0] + "." + v[2]);
-            case 25: return put(parts_.local, v[0] + ".");
-            case 26: return put(parts_.domain, v[0]);
-            case 27: return put(parts_.domain, v[0] + "." + v[2]);
-            case 28: return put(parts_.phrase, v[0]);
-            case 29: return put(parts_.phrase, v[0] + " " + v[1]);
-            case 31:
-            case 32: return put(other, v[0]);
-            case 35: return put(route_, "@" + v[1]);
-            case 36: return put(route_, v[0] + ",@" + v[3]);
-            case 37: return put(route_, v[0] + ":@" + v[3]);
-            default: return v[0];
+    // The value of a row, made from those of its symbols, goes into its part; false when it is too long.
+    bool reduce(const GrammarRow& row) {
+        const std::size_t rest = values_.size() - row.size();
+        std::string value;
+        for (const char c : row.value) {
+            if (c >= '0' && c <= '9') {
+                value += values_[rest + static_cast<std::size_t>(c - '0')];
+            } else {
+                value += c;
+            }
         }
+        if (value.size() > kPart) return false;
+        for (const char part : row.parts) parts_[part] = value;
+        values_.resize(rest);
+        values_.push_back(value);
+        return true;
     }
 
     // True also when a broken token ends the parse; ahead_ is the look-ahead that is not consumed.
-    bool parse() try {
-        static const LalrTables tables;
+    bool parse() {
+        static const GrammarTables tables;
         std::vector<int> states{0};
-        std::vector<std::string> values;
-        for (;;) {
-            const LalrTables::State& state = tables[states.back()];
-            int row = state.always;
-            if (row == LalrTables::kNone) {
+        for (values_.clear();;) {
+            const GrammarTables::State& state = tables[states.back()];
+            int number = state.always;
+            if (number == GrammarTables::kNone) {
                 if (ahead_ == 0) ahead_ = lex();
                 if (ahead_ == kBroken) return true;
                 if (const auto shift = state.go.find(ahead_); shift != state.go.end()) {
                     states.push_back(shift->second);
-                    values.push_back(token_);
+                    values_.push_back(token_);
                     ahead_ = 0;
                     continue;
                 }
-                const auto reduce = state.reduce.find(ahead_);
-                if (reduce == state.reduce.end()) return false;
-                row = reduce->second;
+                const auto reduced = state.reduce.find(ahead_);
+                if (reduced == state.reduce.end()) return false;
+                number = reduced->second;
             }
-            const GrammarRow& rule = kGrammar.at(row);
-            const std::size_t rest = values.size() - rule.right.size();
-            std::string result = value(row, {values.begin() + static_cast<long>(rest), values.end()});
-            if (row >= 4 && row <= 6) return true;
-            values.resize(rest);
-            states.resize(rest + 1);
-            values.push_back(std::move(result));
-            states.push_back(tables[states.back()].go.at(rule.left));
+            const GrammarRow& row = kGrammar[static_cast<std::size_t>(number)];
+            if (!reduce(row)) return false;
+            if (row.left() == 'A') return !row.value.empty();
+            states.resize(states.size() - row.size());
+            states.push_back(tables[states.back()].go.at(row.left()));
         }
-    } catch (const TooLong&) {
-        return false;
     }
 
     std::string& text_;
     std::size_t at_ = 0;
     bool dot_skip_ = true;
     char ahead_ = 0;
-    std::string token_, route_;
+    std::string token_;
+    std::vector<std::string> values_;
     ReferenceAddress parts_;
 };
 

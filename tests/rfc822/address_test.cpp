@@ -30,118 +30,68 @@ std::vector<std::string> parsed(const std::string& text) {
 }
 
 struct Case {
-    const char* name;
     std::string text;
     std::vector<std::string> records;
 };
 
 void expect_parsed(const std::vector<Case>& cases) {
-    for (const Case& row : cases) EXPECT_EQ(parsed(row.text), row.records) << row.name;
+    for (const Case& row : cases) EXPECT_EQ(parsed(row.text), row.records) << row.text;
 }
 
+// The agreement with the reference shows the rest; these are what a reader looks up.
 TEST(Address, forms) {
-    expect_parsed({
-        {"addr-spec", "a@b.c", {"a@b.c|||a|b.c|a@b.c"}},
-        {"phrase", "Sales Desk <sd@x.y>", {"sd@x.y|Sales Desk||sd|x.y|Sales Desk <sd@x.y>"}},
-        {"quoted words", "\"D. E\"\t F<a@b>", {"a@b|\"D. E\" F||a|b|\"D. E\"\t F<a@b>"}},
-        {"quoted local part", "\"a b\"@c", {"\"a b\"@c|||\"a b\"|c|\"a b\"@c"}},
-        {"route", "<@r1,@r2:a@b>", {"<@r1,@r2:a@b>|||a|b|<@r1,@r2:a@b>"}},
-        {"route without brackets", "@r1:a@b", {"<@r1:a@b>|||a|b|@r1:a@b"}},
-        {"route joined by a colon", "J <@r:@s.t:a@b>", {"<@r:@s.t:a@b>|J||a|b|J <@r:@s.t:a@b>"}},
-        {"domain literal", "a@[1.2, 3\\]].b", {"a@[1.2, 3\\]].b|||a|[1.2, 3\\]].b|a@[1.2, 3\\]].b"}},
-        {"group", "g: a@b, Joe <c@d>;", {"g: a@b, c@d;|Joe||c|d|g: a@b, Joe <c@d>;"}},
-        {"group keeps its own phrase", "g h: Joe <a@b>;", {"g h: a@b;|Joe||a|b|g h: Joe <a@b>;"}},
-        {"dots in a group's later members", "g:a@b,c.d@e;", {"g: a@b, c.d@e;|g||c.d|e|g:a@b,c.d@e;"}},
-        {"all white space", "\v\f \r\n\tJ \r\n\t<a\v@\fb>\r\n", {"a@b|J||a|b|J \r\n\t<a\v@\fb>"}},
-        {"bytes above 127", "\xe9\xff <a@\xe9>", {"a@\xe9|\xe9\xff||a|\xe9|\xe9\xff <a@\xe9>"}},
-    });
-}
-
-TEST(Address, lists_go_on_behind_what_does_not_parse) {
-    const std::string a = "a@b|||a|b|a@b";
     const std::string c = "c@d|||c|d|c@d";
     expect_parsed({
-        {"two", "a@b, c@d", {a, c}},
-        {"commas around", ",, a@b ,\r\n,, c@d,, ", {a, c}},
-        {"fails at a comma", "x@, c@d", {c}},
-        {"comma inside a comment", "x@ (y, z), c@d", {c}},
-        {"comma inside a quoted string", "x@y \"z, z\" u, c@d", {c}},
-        {"several words", "Joe Smith, c@d", {c}},
-        {"bracket that does not close", "<x@y, c@d", {c}},
-        {"junk behind an address", "x@y z@u, c@d", {c}},
-        {"junk behind brackets", "X <x@y> z, c@d", {c}},
-        {"closing bracket only", "x@y>, c@d", {c}},
-        {"comma gone already", "g: x@y, z c@d", {}},
-        {"nothing but junk", ":;<>@..[]()\\", {}},
-        {"nothing", " \r\n", {}},
-    });
-}
-
-TEST(Address, comments) {
-    expect_parsed({
-        {"behind", "a@b (Home)", {"a@b||Home|a|b|a@b (Home)"}},
-        {"the last one stays",
-         "(x) a@b (y (\\)) \")\"z), c@d",
-         {"a@b||y (\\)) \")\"z|a|b|(x) a@b (y (\\)) \")\"z)", "c@d|||c|d|c@d"}},
-        {"behind brackets", "S <a@b> (Home), c@d", {"a@b|S|Home|a|b|S <a@b> (Home)", "c@d|||c|d|c@d"}},
-        {"behind a group", "g: a@b; (x) c@d", {"g: a@b;|g||a|b|g: a@b;", "c@d||x|c|d|(x) c@d"}},
-        {"cut",
-         "a@b (" + std::string(300, 'x') + ')',
+        {"Sales Desk <sd@x.y>", {"sd@x.y|Sales Desk||sd|x.y|Sales Desk <sd@x.y>"}},
+        {"\"D. E\"\t F<a@b>", {"a@b|\"D. E\" F||a|b|\"D. E\"\t F<a@b>"}},
+        {"\"a b\"@c", {"\"a b\"@c|||\"a b\"|c|\"a b\"@c"}},
+        {"J <@r:@s.t,@u:a@b>", {"<@r:@s.t,@u:a@b>|J||a|b|J <@r:@s.t,@u:a@b>"}},
+        {"@r1:a@b", {"<@r1:a@b>|||a|b|@r1:a@b"}},
+        {"a@[1.2, 3\\]].b", {"a@[1.2, 3\\]].b|||a|[1.2, 3\\]].b|a@[1.2, 3\\]].b"}},
+        {"g h: a@b, Joe <c.f@d>;", {"g h: a@b, c.f@d;|Joe||c.f|d|g h: a@b, Joe <c.f@d>;"}},
+        {"\v\f \r\n\tJ \r\n\t<a\v@\fb>\r\n", {"a@b|J||a|b|J \r\n\t<a\v@\fb>"}},
+        {"\xe9\xff <a@\xe9>", {"a@\xe9|\xe9\xff||a|\xe9|\xe9\xff <a@\xe9>"}},
+        {",, a@b ,\r\n,, c@d,, ", {"a@b|||a|b|a@b", c}},
+        {"x@y \"z, z\" u, Joe Smith, X <x@y> z, x@ (y, z), <x@y, c@d", {c}},
+        {":;<>@..[]()\\", {}},
+        {" \r\n", {}},
+        {"(x) a@b (y (\\)) \")\"z), c@d", {"a@b||y (\\)) \")\"z|a|b|(x) a@b (y (\\)) \")\"z)", c}},
+        {"a@b (" + std::string(300, 'x') + ')',
          {"a@b||" + std::string(255, 'x') + "|a|b|a@b (" + std::string(300, 'x') + ')'}},
-        {"does not end behind an address", "a@b (open, c@d", {}},
-        {"does not end behind brackets", "<a@b> (open", {}},
-        {"does not end behind a member", "g: a@b, c@d (open", {"g: a@b|g||c|d|g: a@b, c@d (open"}},
-        {"does not end behind a word", "g: a@b, c (open", {"g: a@b|g||a|b|g: a@b, c (open"}},
-        {"ends in a backslash", "a@b (x\\", {}},
+        {"a@b (open, c@d", {}},
+        {"g: a@b, c@d (open", {"g: a@b|g||c|d|g: a@b, c@d (open"}},
+        {std::string(255, 'x') + " (u, v)",
+         {std::string(255, 'x') + "||u, v|" + std::string(255, 'x') + "||" + std::string(255, 'x') + " (u, v)"}},
+        {std::string(256, 'x') + ", c@d", {c}},
     });
-}
-
-TEST(Address, parts_of_255_characters_work_and_longer_ones_are_refused) {
-    const auto x = [](std::size_t count) { return std::string(count, 'x'); };
-    const std::string c = ", c@d";
-    const auto fits = [&](const std::string& text) { return parsed(text + c).size() == 2; };
-    const std::pair<std::string, std::string> kBefore[] = {
-        {"", ""},     {"", "@bc"},      {"a@", ""},      {"a@b.", ""},     {"\"", "\""},
-        {"g: ", ";"}, {"ph ", "<a@b>"}, {"<@r:a@", ">"}, {"<a@b.[", "]>"},
-    };
-    for (const auto& [before, after] : kBefore) {
-        // What is bounded is the longest part: the phrase, or the canonical text.
-        const std::size_t around = after == "<a@b>" ? before.size() : after == "]>" ? 6 : before.size() + after.size();
-        EXPECT_TRUE(fits(before + x(255 - around) + after)) << before << after;
-        EXPECT_FALSE(fits(before + x(256 - around) + after)) << before << after;
-    }
-    EXPECT_EQ(parsed(x(600) + " (u, v)" + c).back(), "c@d|||c|d|c@d");
-    EXPECT_EQ(parsed("a@" + x(300) + c).size(), 1u);
 }
 
 TEST(Address, kept_dots_before_the_at_sign_belong_to_the_atom) {
-    expect_parsed({{"dots", ".first..last.@x.y", {".first..last.@x.y|||.first..last.|x.y|.first..last.@x.y"}},
-                   {"behind a quoted string", "\"a\".b@c", {}}});
+    expect_parsed(
+        {{".first..last.@x.y", {".first..last.@x.y|||.first..last.|x.y|.first..last.@x.y"}}, {"\"a\".b@c", {}}});
 }
 
 TEST(Address, kept_parentheses_inside_an_atom_are_no_comment) {
-    expect_parsed(
-        {{"domain", "a@b(Home)", {"a@b(Home)|||a|b(Home)|a@b(Home)"}}, {"half", "a(b @c", {"a(b@c|||a(b|c|a(b @c"}}});
+    expect_parsed({{"a@b(Home)", {"a@b(Home)|||a|b(Home)|a@b(Home)"}}, {"a(b @c", {"a(b@c|||a(b|c|a(b @c"}}});
 }
 
 TEST(Address, kept_bracket_that_does_not_end_is_stepped_over) {
-    expect_parsed({{"behind an at sign", "a@[1.2.3.4", {"1.2.3.4|||1.2.3.4||1.2.3.4"}},
-                   {"at the beginning", "[a@b, c@d", {"a@b|||a|b|a@b", "c@d|||c|d|c@d"}}});
+    expect_parsed({{"a@[1.2.3.4", {"1.2.3.4|||1.2.3.4||1.2.3.4"}}});
 }
 
 TEST(Address, kept_local_part_alone_is_an_address) {
-    expect_parsed({{"word", "postmaster", {"postmaster|||postmaster||postmaster"}},
-                   {"in brackets", "P <postmaster>", {"postmaster|P||postmaster||P <postmaster>"}},
-                   {"ends in a dot", "g: a@b, <c.@d>;", {"g: a@b, c.@d;|g||c.|d|g: a@b, <c.@d>;"}},
-                   {"behind a route", "<@r:a>", {"<@r:a>|||a|r|<@r:a>"}}});
+    expect_parsed({{"postmaster, P <postmaster>",
+                    {"postmaster|||postmaster||postmaster", "postmaster|P||postmaster||P <postmaster>"}},
+                   {"g: a@b, <c.@d>;", {"g: a@b, c.@d;|g||c.|d|g: a@b, <c.@d>;"}},
+                   {"<@r:a>", {"<@r:a>|||a|r|<@r:a>"}}});
 }
 
 TEST(Address, kept_semicolon_ends_a_mailbox_without_a_group) {
-    expect_parsed({{"list", "a@b; C <c@d>;", {"a@b|||a|b|a@b;", "c@d|C||c|d|C <c@d>;"}}, {"lone word", "a; c@d", {}}});
+    expect_parsed({{"a@b; C <c@d>;", {"a@b|||a|b|a@b;", "c@d|C||c|d|C <c@d>;"}}, {"a; c@d", {}}});
 }
 
 TEST(Address, kept_empty_group_and_empty_brackets_are_no_addresses) {
-    expect_parsed({{"group", "undisclosed-recipients:;, <>, a@b", {"a@b|||a|b|a@b"}}});
+    expect_parsed({{"undisclosed-recipients:;, <>, a@b", {"a@b|||a|b|a@b"}}});
 }
 
 // "g: " and 14 members of 15 characters are 239; one more, with its comma, would be 256.
@@ -157,14 +107,12 @@ TEST(Address, kept_members_behind_a_group_too_long_are_read_one_by_one) {
 }
 
 TEST(Address, kept_odd_number_of_quotes_refuses_the_list) {
-    expect_parsed({{"odd", "a@b, \"c@d", {}},
-                   {"in a comment", "a@b (don\"t)", {}},
-                   {"escaped", "a@b, x\\\"", {"a@b|||a|b|a@b", "x|||x||x"}}});
+    expect_parsed({{"a@b, \"c@d", {}}, {"a@b (don\"t)", {}}, {"a@b, x\\\"", {"a@b|||a|b|a@b", "x|||x||x"}}});
 }
 
 TEST(Address, kept_escaped_quotes_become_blanks) {
-    expect_parsed({{"in quotes", "\"a \\\"b\\\" c\" <d@e>", {"d@e|\"a   b   c\"||d|e|\"a   b   c\" <d@e>"}},
-                   {"behind a backslash", "\"a\\\\\" b\" <d@e>", {}}});
+    expect_parsed(
+        {{"\"a \\\"b\\\" c\" <d@e>", {"d@e|\"a   b   c\"||d|e|\"a   b   c\" <d@e>"}}, {"\"a\\\\\" b\" <d@e>", {}}});
 }
 
 TEST(Address, a_table_is_appended_to_or_emptied) {

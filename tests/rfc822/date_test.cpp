@@ -1,5 +1,6 @@
 #include <chrono>
 #include <climits>
+#include <cstdio>
 #include <cstdlib>
 
 #include "frame/owned.h"
@@ -18,12 +19,13 @@ COwned<UTCtime> parse(Parser* parser, std::string_view text) {
     return COwned<UTCtime>(time);
 }
 
-// "1999-2-1 10:20:0 zone -300 flags 1"; empty for a text that is no date.
+// "1999-2-1 10:20:0 -300 3": zone and flags at the end; empty for a text that is no date.
 std::string fields(const UTCtime* t) {
     if (!t) return {};
-    return std::to_string(t->year) + '-' + std::to_string(t->month) + '-' + std::to_string(t->day) + ' ' +
-           std::to_string(t->hour) + ':' + std::to_string(t->minute) + ':' + std::to_string(t->second) + " zone " +
-           std::to_string(t->zone) + " flags " + std::to_string(t->flags) + (t->spare ? " spare" : "");
+    char text[128];
+    std::snprintf(text, sizeof text, "%d-%d-%d %d:%d:%d %d %d%s", t->year, t->month, t->day, t->hour, t->minute,
+                  t->second, t->zone, t->flags, t->spare ? " spare" : "");
+    return text;
 }
 
 std::string formatted(UTCtime time) {
@@ -34,97 +36,64 @@ std::string formatted(UTCtime time) {
 class Date : public VelTest {};
 
 struct Case {
-    const char* name;
     const char* text;
-    const char* fields;  // empty: refused
-    const char* formatted;
+    const char* fields;
+    const char* formatted = "";
+    const char* name = "";
 };
 
 constexpr Case kRfc822[] = {
-    {"rfc_1123", "Tue, 1 Jul 2003 10:52:37 +0200", "2003-7-1 10:52:37 zone 120 flags 3",
-     "Tue, 1 Jul 2003 10:52:37 +0200"},
-    {"kept_weekday_is_computed", "Mon, 1 Feb 99 10:20 EST", "1999-2-1 10:20:0 zone -300 flags 1",
-     "Mon, 1 Feb 1999 10:20 -0500"},
-    {"kept_wrong_weekday_is_not_noticed", "Nonsense,. 1 Feb 99 10:20 EST", "1999-2-1 10:20:0 zone -300 flags 1",
-     "Mon, 1 Feb 1999 10:20 -0500"},
-    {"no_weekday", " 31 Dec 1980", "1980-12-31 0:0:0 zone 0 flags 0", "Wed, 31 Dec 1980 00:00 +0000"},
-    {"weekday_without_comma", "Sat 1 Jan 00 1", "2000-1-1 1:0:0 zone 0 flags 0", "Sat, 1 Jan 2000 01:00 +0000"},
-    {"folded", "Sun,\r\n\t29 \t February\v2004\r\n 23 : 59 :59 +1300", "2004-2-29 23:0:0 zone 0 flags 0",
-     "Sun, 29 Feb 2004 23:00 +0000"},
-    {"blanks_before_colons", "29 Feb 2004 23 :59 :58Z", "2004-2-29 23:59:58 zone 0 flags 3",
-     "Sun, 29 Feb 2004 23:59:58 +0000"},
-    {"day_without_blank", "Fri, 1Aug1997 1:2:3GMT", "1997-8-1 1:2:3 zone 0 flags 3", "Fri, 1 Aug 1997 01:02:03 +0000"},
-    {"unknown_zone", "1 Aug 1997 1:2:3 UTC", "1997-8-1 1:2:3 zone 0 flags 2", "Fri, 1 Aug 1997 01:02:03 +0000"},
-    {"minutes_west", "1 Aug 1997 1:2 -0130", "1997-8-1 1:2:0 zone -90 flags 1", "Fri, 1 Aug 1997 01:02 -0130"},
-    {"two_digits_05", "1 Aug 05", "2005-8-1 0:0:0 zone 0 flags 0", "Mon, 1 Aug 2005 00:00 +0000"},
-    {"two_digits_37", "1 Aug 37", "2037-8-1 0:0:0 zone 0 flags 0", "Sat, 1 Aug 2037 00:00 +0000"},
-    {"two_digits_80", "1 Aug 80", "1980-8-1 0:0:0 zone 0 flags 0", "Fri, 1 Aug 1980 00:00 +0000"},
-    {"three_digits", "1 Aug 099", "1999-8-1 0:0:0 zone 0 flags 0", "Sun, 1 Aug 1999 00:00 +0000"},
-    {"kept_ends_early", "1 Aug 1999 10:", "1999-8-1 10:0:0 zone 0 flags 0", "Sun, 1 Aug 1999 10:00 +0000"},
-    {"seconds_without_digits", "1 Aug 1999 10:11:", "1999-8-1 10:11:0 zone 0 flags 2",
-     "Sun, 1 Aug 1999 10:11:00 +0000"},
-    {"year_38", "1 Aug 38", "", ""},
-    {"year_79", "1 Aug 79", "", ""},
-    {"year_100", "1 Aug 100", "", ""},
-    {"year_1979", "1 Aug 1979", "", ""},
-    {"year_2038", "1 Aug 2038", "", ""},
-    {"year_that_wraps", "1 Aug 4294969295", "", ""},
-    {"endless_digits", "1 Aug 99999999999999999999999999999999999999999999", "", ""},
-    {"day_0", "0 Aug 1999", "", ""},
-    {"april_31", "31 Apr 1999", "", ""},
-    {"february_29_of_a_common_year", "29 Feb 1999", "", ""},
-    {"february_30", "30 Feb 2000", "", ""},
-    {"hour_24", "1 Aug 1999 24:00", "", ""},
-    {"minute_60", "1 Aug 1999 23:60", "", ""},
-    {"second_60", "1 Aug 1999 23:59:60", "", ""},
-    {"kept_lower_case_month", "1 aug 1999", "", ""},
-    {"kept_upper_case_month", "1 AUG 1999", "", ""},
-    {"two_letters", "1 Au 1999", "", ""},
-    {"number_for_month", "1 08 1999", "", ""},
-    {"hyphens", "1-Aug-1999", "", ""},
-    {"kept_comment", "(x) 1 Aug 1999", "", ""},
-    {"ctime", "Fri Aug 1 10:20:30 1999", "", ""},
-    {"weekday_only", "Fri,", "", ""},
-    {"day_only", "Fri, 1", "", ""},
-    {"no_year", "Fri, 1 Aug", "", ""},
-    {"empty", "", "", ""},
-    {"bytes_above_127", "\xff\xfe, 1 Aug 1999", "", ""},
+    {"Tue, 1 Jul 2003 10:52:37 +0200", "2003-7-1 10:52:37 120 3", "Tue, 1 Jul 2003 10:52:37 +0200"},
+    {"Mon, 1 Feb 99 10:20 EST", "1999-2-1 10:20:0 -300 1", "Mon, 1 Feb 1999 10:20 -0500", "kept_weekday_is_computed"},
+    {"Nonsense,. 1 Feb 99 10:20 EST", "1999-2-1 10:20:0 -300 1", "Mon, 1 Feb 1999 10:20 -0500",
+     "kept_wrong_weekday_is_not_noticed"},
+    {" 31 Dec 1980", "1980-12-31 0:0:0 0 0", "Wed, 31 Dec 1980 00:00 +0000"},
+    {"Sat 1 Jan 00 1", "2000-1-1 1:0:0 0 0", "Sat, 1 Jan 2000 01:00 +0000"},
+    {"Sun,\r\n\t29 \t February\v2004\r\n 23 : 59 :59 +1300", "2004-2-29 23:0:0 0 0", "Sun, 29 Feb 2004 23:00 +0000"},
+    {"29 Feb 2004 23 :59 :58Z", "2004-2-29 23:59:58 0 3", "Sun, 29 Feb 2004 23:59:58 +0000"},
+    {"Fri, 1Aug1997 1:2:3GMT", "1997-8-1 1:2:3 0 3", "Fri, 1 Aug 1997 01:02:03 +0000"},
+    {"1 Aug 1997 1:2:3 UTC", "1997-8-1 1:2:3 0 2", "Fri, 1 Aug 1997 01:02:03 +0000"},
+    {"1 Aug 1997 1:2 -0130", "1997-8-1 1:2:0 -90 1", "Fri, 1 Aug 1997 01:02 -0130"},
+    {"1 Aug 37", "2037-8-1 0:0:0 0 0", "Sat, 1 Aug 2037 00:00 +0000"},
+    {"1 Aug 80", "1980-8-1 0:0:0 0 0", "Fri, 1 Aug 1980 00:00 +0000"},
+    {"1 Aug 099", "1999-8-1 0:0:0 0 0", "Sun, 1 Aug 1999 00:00 +0000"},
+    {"1 Aug 1999 10:", "1999-8-1 10:0:0 0 0", "Sun, 1 Aug 1999 10:00 +0000", "kept_ends_early"},
+    {"1 Aug 1999 10:11:", "1999-8-1 10:11:0 0 2", "Sun, 1 Aug 1999 10:11:00 +0000"},
+    {"1 aug 1999", "", "", "kept_lower_case_month"},
+    {"1 AUG 1999", "", "", "kept_upper_case_month"},
+    {"(x) 1 Aug 1999", "", "", "kept_comment"},
 };
 
-TEST_F(Date, parses_and_formats) {
-    for (const Case& c : kRfc822) {
-        const auto time = parse(rfc2UTC, c.text);
-        EXPECT_EQ(fields(time.get()), c.fields) << c.name;
-        if (time) {
-            EXPECT_EQ(formatted(*time), c.formatted) << c.name;
-        }
-    }
-    EXPECT_TRUE(take_log().empty());
-}
+constexpr const char* kNoRfc822 =
+    "1 Aug 38|1 Aug 79|1 Aug 100|1 Aug 1979|1 Aug 2038|1 Aug 4294969295|1 Aug 99999999999999999999999999999999999999|"
+    "0 Aug 1999|31 Apr 1999|29 Feb 1999|30 Feb 2000|1 Aug 1999 24:00|1 Aug 1999 23:60|1 Aug 1999 23:59:60|1 Au 1999|"
+    "1 08 1999|1-Aug-1999|Fri Aug 1 10:20:30 1999|Fri,|Fri, 1|Fri, 1 Aug||\xff\xfe, 1 Aug 1999";
 
 // The tests' zone is five hours west, and has daylight saving time.
 constexpr Case kCtime[] = {
-    {"ctime", "Wed Jun 30 21:49:08 1993\n", "1993-6-30 21:49:8 zone -300 flags 3", nullptr},
-    {"kept_local_time_is_standard_time", "Fri Jan  1 01:02:03 1993", "1993-1-1 1:2:3 zone -300 flags 3", nullptr},
-    {"no_weekday", "Jun 30 21:49:08 1993", "1993-6-30 21:49:8 zone -300 flags 3", nullptr},
-    {"weekday_with_comma", "Wed, Jun 30 21:49 93", "1993-6-30 21:49:0 zone -300 flags 1", nullptr},
-    {"zone", "Wed Jun 30 21:49:08 PDT 1993", "1993-6-30 21:49:8 zone -420 flags 3", nullptr},
-    {"digits_behind_the_zone_are_the_year", "Wed Jun 30 21:49:08 EST5 1993", "2005-6-30 21:49:8 zone -300 flags 3",
-     nullptr},
-    {"kept_offset_0_is_local", "Wed Jun 30 21:49:08 GMT 1993", "1993-6-30 21:49:8 zone -300 flags 3", nullptr},
-    {"kept_unknown_name_is_local", "Wed Jun 30 21:49:08 CEST 1993", "1993-6-30 21:49:8 zone -300 flags 3", nullptr},
-    {"month_last", "30 Jun 21:49:08 1993", "", nullptr},
-    {"no_year", "Wed Jun 30 21:49:08", "", nullptr},
-    {"year_1979", "Wed Jun 30 21:49:08 1979", "", nullptr},
-    {"june_31", "Thu Jun 31 21:49:08 1993", "", nullptr},
-    {"hour_24", "Wed Jun 30 24:49:08 1993", "", nullptr},
-    {"rfc_822", "Wed, 30 Jun 1993 21:49:08", "", nullptr},
-    {"weekday_only", "Wed", "", nullptr},
-    {"empty", "", "", nullptr},
+    {"Wed Jun 30 21:49:08 1993\n", "1993-6-30 21:49:8 -300 3"},
+    {"Fri Jan  1 01:02:03 1993", "1993-1-1 1:2:3 -300 3", "", "kept_local_time_is_standard_time"},
+    {"Wed, Jun 30 21:49 93", "1993-6-30 21:49:0 -300 1"},
+    {"Jun 30 21:49:08 PDT 1993", "1993-6-30 21:49:8 -420 3"},
+    {"Wed Jun 30 21:49:08 EST5 1993", "2005-6-30 21:49:8 -300 3"},
+    {"Wed Jun 30 21:49:08 GMT 1993", "1993-6-30 21:49:8 -300 3", "", "kept_offset_0_is_local"},
+    {"Wed Jun 30 21:49:08 CEST 1993", "1993-6-30 21:49:8 -300 3", "", "kept_unknown_name_is_local"},
 };
 
-TEST_F(Date, parses_the_layout_of_ctime) {
-    for (const Case& c : kCtime) EXPECT_EQ(fields(parse(ctime2UTC, c.text).get()), c.fields) << c.name;
+constexpr const char* kNoCtime =
+    "30 Jun 21:49:08 1993|Wed Jun 30 21:49:08|Wed Jun 30 21:49:08 1979|Thu Jun 31 21:49:08 1993|"
+    "Wed Jun 30 24:49:08 1993|Wed, 30 Jun 1993 21:49:08|Wed|";
+
+TEST_F(Date, parses_both_layouts) {
+    for (const Case& c : kRfc822) {
+        const auto time = parse(rfc2UTC, c.text);
+        EXPECT_EQ(fields(time.get()), c.fields) << c.name << c.text;
+        EXPECT_EQ(time ? formatted(*time) : "", c.formatted) << c.name << c.text;
+    }
+    for (const Case& c : kCtime) EXPECT_EQ(fields(parse(ctime2UTC, c.text).get()), c.fields) << c.name << c.text;
+    for (const std::string& text : split(kNoRfc822)) EXPECT_FALSE(parse(rfc2UTC, text)) << text;
+    for (const std::string& text : split(kNoCtime)) EXPECT_FALSE(parse(ctime2UTC, text)) << text;
+    EXPECT_TRUE(take_log().empty());
 }
 
 TEST_F(Date, null_arguments_are_refused) {
@@ -142,16 +111,15 @@ TEST_F(Date, null_arguments_are_refused) {
 }
 
 TEST_F(Date, completes_years_of_two_digits_and_logs_it) {
-    UTCtime time{5, 8, 1, 0, 0, 0, 0, 0, 0};
-    char output[64];
-    EXPECT_EQ(UTC2rfc(&time, output), 1);
-    EXPECT_STREQ(output, "Mon, 1 Aug 2005 00:00 +0000");
-    EXPECT_EQ(time.year, 2005);
-    time.year = 80;
-    EXPECT_EQ(UTC2rfc(&time, output), 1);
-    EXPECT_THAT(take_log(),
-                testing::ElementsAre(LogLine{6, "ParseDate", "Received year value 5.  Changing it to 2005."},
-                                     LogLine{6, "ParseDate", "Received year value 80.  Changing it to 1980."}));
+    for (const auto& [given, completed] : {std::pair(5, "2005"), {80, "1980"}}) {
+        UTCtime time{given, 8, 1, 0, 0, 0, 0, 0, 0};
+        char output[64];
+        EXPECT_EQ(UTC2rfc(&time, output), 1);
+        EXPECT_EQ(std::to_string(time.year), completed);
+        EXPECT_THAT(output, testing::HasSubstr(completed));
+        const std::string line = "Received year value " + std::to_string(given) + ".  Changing it to ";
+        EXPECT_THAT(take_log(), testing::ElementsAre(LogLine{6, "ParseDate", line + completed + "."}));
+    }
 }
 
 TEST_F(Date, kept_another_year_is_refused_though_the_log_promises_the_current_one) {
@@ -160,9 +128,8 @@ TEST_F(Date, kept_another_year_is_refused_though_the_log_promises_the_current_on
         const std::string line = "Received invalid year value " + std::to_string(year) + ".  Use current year instead.";
         EXPECT_THAT(take_log(), testing::ElementsAre(LogLine{6, "ParseDate", line}));
     }
-    for (const int month : {0, 13, INT_MIN, INT_MAX}) {
-        EXPECT_EQ(formatted({1999, month, 1, 0, 0, 0, 0, 0, 0}), "refused") << month;
-    }
+    for (const int month : {0, 13, INT_MIN, INT_MAX})
+        EXPECT_EQ(formatted({1999, month, 1, 0, 0, 0, 0, 0, 0}), "refused");
     EXPECT_TRUE(take_log().empty());
 }
 
@@ -178,38 +145,26 @@ TEST_F(Date, a_record_of_any_numbers_is_cut_at_63_characters) {
 }
 
 TEST_F(Date, weekdays_agree_with_the_calendar_of_the_language) {
-    using std::chrono::days;
-    using std::chrono::sys_days;
-    using std::chrono::year;
-    using std::chrono::year_month_day;
-    const sys_days last = year(2400) / 12 / 31;
-    for (sys_days day = year(1753) / 1 / 1; day <= last; day += days(1)) {
+    using std::chrono::days, std::chrono::sys_days, std::chrono::year_month_day, std::chrono::weekday;
+    using namespace std::chrono_literals;
+    for (sys_days day = 1753y / 1 / 1; day <= sys_days(2400y / 12 / 31); day += days(1)) {
         const year_month_day date(day);
-        const UTCtime time{int(date.year()),
-                           static_cast<int>(unsigned(date.month())),
-                           static_cast<int>(unsigned(date.day())),
-                           0,
-                           0,
-                           0,
-                           0,
-                           0,
-                           0};
-        const int from_saturday = static_cast<int>((std::chrono::weekday(day) - std::chrono::Saturday).count());
-        ASSERT_EQ(makewkday(&time), from_saturday) << fields(&time);
+        UTCtime time{};
+        time.year = int(date.year());
+        time.month = static_cast<int>(unsigned(date.month()));
+        time.day = static_cast<int>(unsigned(date.day()));
+        ASSERT_EQ(makewkday(&time), static_cast<int>((weekday(day) - std::chrono::Saturday).count())) << fields(&time);
     }
 }
 
 // Until 1752 those of the Julian calendar.
 TEST_F(Date, weekdays_of_other_years) {
-    const struct {
-        UTCtime time;
-        int weekday;
-    } cases[] = {
-        {{1752, 12, 31, 0, 0, 0, 0, 0, 0}, 5},     {{0, 1, 1, 0, 0, 0, 0, 0, 0}, 5},
-        {{-5, 1, 1, 0, 0, 0, 0, 0, 0}, 6},         {{1, 13, 1, 0, 0, 0, 0, 0, 0}, 1},
-        {{1999, INT_MIN, 0, 0, 0, 0, 0, 0, 0}, 5},
-    };
-    for (const auto& c : cases) EXPECT_EQ(makewkday(&c.time), c.weekday) << fields(&c.time);
+    const std::pair<UTCtime, int> rows[] = {{{1752, 12, 31, 0, 0, 0, 0, 0, 0}, 5},
+                                            {{0, 1, 1, 0, 0, 0, 0, 0, 0}, 5},
+                                            {{-5, 1, 1, 0, 0, 0, 0, 0, 0}, 6},
+                                            {{1, 13, 1, 0, 0, 0, 0, 0, 0}, 1},
+                                            {{1999, INT_MIN, 0, 0, 0, 0, 0, 0, 0}, 5}};
+    for (const auto& [time, weekday] : rows) EXPECT_EQ(makewkday(&time), weekday) << fields(&time);
     for (const int year : {INT_MIN, INT_MAX}) {
         for (const int other : {INT_MIN, INT_MAX}) {
             const UTCtime time{year, other, other, 0, 0, 0, 0, 0, 0};
@@ -219,25 +174,25 @@ TEST_F(Date, weekdays_of_other_years) {
 }
 
 struct Now {
-    const char* name;
     const char* zone;
     time_t time;
-    const char* expected;  // null: refused
+    const char* expected;  // empty: refused
+    const char* name = "";
 };
 
 constexpr Now kNow[] = {
-    {"winter", "EST5EDT", 917882430, "Mon, 1 Feb 1999 10:20:30 -0500"},
-    {"summer", "EST5EDT", 933517230, "Sun, 1 Aug 1999 10:20:30 -0400"},
-    {"utc", "UTC0", 0, "Thu, 1 Jan 1970 00:00:00 +0000"},
-    {"half_hour", "IST-5:30", 0, "Thu, 1 Jan 1970 05:30:00 +0530"},
-    {"half_hour_west", "NST3:30", 0, "Wed, 31 Dec 1969 20:30:00 -0330"},
-    {"thirteen_hours_east", "PHOT-13", 0, "Thu, 1 Jan 1970 13:00:00 +1300"},
-    {"kept_summer_beyond_twelve_hours_east", "NZST-12NZDT,0/0,364/0", 86400 * 30, "Sat, 31 Jan 1970 13:00:00 -1100"},
-    {"kept_summer_is_one_hour", "LHST-10:30LHDT-11,0/0,364/0", 86400 * 30, "Sat, 31 Jan 1970 11:00:00 +1130"},
+    {"EST5EDT", 917882430, "Mon, 1 Feb 1999 10:20:30 -0500"},
+    {"EST5EDT", 933517230, "Sun, 1 Aug 1999 10:20:30 -0400"},
+    {"UTC0", 0, "Thu, 1 Jan 1970 00:00:00 +0000"},
+    {"IST-5:30", 0, "Thu, 1 Jan 1970 05:30:00 +0530"},
+    {"NST3:30", 0, "Wed, 31 Dec 1969 20:30:00 -0330"},
+    {"PHOT-13", 0, "Thu, 1 Jan 1970 13:00:00 +1300"},
+    {"NZST-12NZDT,0/0,364/0", 86400 * 30, "Sat, 31 Jan 1970 13:00:00 -1100", "kept_summer_beyond_twelve_hours_east"},
+    {"LHST-10:30LHDT-11,0/0,364/0", 86400 * 30, "Sat, 31 Jan 1970 11:00:00 +1130", "kept_summer_is_one_hour"},
 #if __SIZEOF_POINTER__ == 8
-    {"year_9999", "UTC0", 253402300799, "Fri, 31 Dec 9999 23:59:59 +0000"},
-    {"year_10000", "UTC0", 253402300800, nullptr},
-    {"no_year", "UTC0", LONG_MAX, nullptr},
+    {"UTC0", 253402300799, "Fri, 31 Dec 9999 23:59:59 +0000"},
+    {"UTC0", 253402300800, ""},
+    {"UTC0", LONG_MAX, ""},
 #endif
 };
 
@@ -246,8 +201,8 @@ TEST_F(Date, writes_local_time) {
     for (const Now& c : kNow) {
         ::setenv("TZ", c.zone, 1);  // without tzset: the date and the offset must both follow TZ by themselves
         const auto output = std::make_unique<char[]>(64);
-        EXPECT_EQ(time_t2rfc822date(c.time, output.get()), c.expected ? 0 : -1) << c.name;
-        EXPECT_STREQ(output.get(), c.expected ? c.expected : "") << c.name;
+        EXPECT_EQ(time_t2rfc822date(c.time, output.get()), *c.expected ? 0 : -1) << c.name << c.zone;
+        EXPECT_STREQ(output.get(), c.expected) << c.name << c.zone;
     }
     ::setenv("TZ", zone_of_the_tests.c_str(), 1);
     ::tzset();
@@ -267,11 +222,9 @@ TEST_F(Date, random_text_parses_to_itself_or_not_at_all) {
         for (Parser* parser : {rfc2UTC, ctime2UTC}) {
             const auto time = parse(parser, text);
             if (!time || std::abs(time->zone) >= 100 * 60) continue;
-            ASSERT_EQ(fields(parse(rfc2UTC, formatted(*time)).get()), [&] {
-                UTCtime expected = *time;
-                expected.flags |= 1;
-                return fields(&expected);
-            }()) << text;
+            const auto again = parse(rfc2UTC, formatted(*time));
+            time->flags |= 1;
+            ASSERT_EQ(fields(again.get()), fields(time.get())) << text;
             ++dates;
         }
     }

@@ -1,7 +1,6 @@
 #include <pthread.h>
 
 #include <cerrno>
-#include <ctime>
 #include <sstream>
 #include <thread>
 #include <utility>
@@ -43,17 +42,11 @@ std::string describe(const addr822& h) {
     const auto part = [&](const char* name, const std::string& value) {
         text += std::string(text.empty() ? "" : " ") + name + '=' + value;
     };
-    const std::pair<const char*, const addrlist822*> lists[] = {{"to", h.to},
-                                                                {"resent-to", h.resent_to},
-                                                                {"cc", h.cc},
-                                                                {"resent-cc", h.resent_cc},
-                                                                {"bcc", h.bcc},
-                                                                {"resent-bcc", h.resent_bcc},
-                                                                {"from", h.from},
-                                                                {"resent-from", h.resent_from},
-                                                                {"reply-to", h.reply_to},
-                                                                {"receipt-to", h.return_receipt_to}};
-    for (const auto& [name, list] : lists) {
+    using List = std::pair<const char*, const addrlist822*>;
+    for (const auto& [name, list] :
+         {List("to", h.to), List("resent-to", h.resent_to), List("cc", h.cc), List("resent-cc", h.resent_cc),
+          List("bcc", h.bcc), List("resent-bcc", h.resent_bcc), List("from", h.from),
+          List("resent-from", h.resent_from), List("reply-to", h.reply_to), List("receipt-to", h.return_receipt_to)}) {
         if (list) part(name, addresses(list));
     }
     const std::pair<const char*, const char*> texts[] = {
@@ -67,10 +60,9 @@ std::string describe(const addr822& h) {
     for (const auto& [name, value] : texts) {
         if (value) part(name, '[' + std::string(value) + ']');
     }
-    const std::pair<const char*, const ms*> chains[] = {{"received", h.received}, {"other", h.other}};
-    for (const auto& [name, chain] : chains) {
-        if (chain) part(name, "");
-        for (const ms* node = chain; node; node = node->next) text += '[' + std::string(node->text) + ']';
+    for (const ms* chain : {h.received, h.other}) {
+        if (chain) part(chain == h.received ? "received" : "other", "");
+        for (; chain; chain = chain->next) text += '[' + std::string(chain->text) + ']';
     }
     if (h.date) part("date", '[' + describe(*h.date) + ']');
     return text;
@@ -103,90 +95,77 @@ class HeaderTest : public VelTest {
 class HeaderBlock : public HeaderTest {};
 
 struct Case {
-    const char* name;
-    std::string_view text;
+    std::string_view text;  // LF alone stands for CR LF, "~" for LF
     const char* record;
     int lines;
-    int status;
+    int status = 0;
+    const char* name = "";
 };
 
 using namespace std::string_view_literals;
 
 constexpr Case kCases[] = {
-    {"folded_addresses", "From: Sales\r\n Desk\r\n\t<sd@x.y>\r\n\r\nbody\r\n"sv, "from=Sales Desk<sd@x.y>", 4, 0},
-    {"lists_gather", "To: a@b, c@d\r\nCc:\r\nTO:e@f\r\n\r\n"sv, "to=<a@b>|<c@d>|<e@f> cc=", 4, 0},
-    {"texts_keep_the_first", "Subject: a\r\nSubject: b\r\n\r\n"sv, "subject=[a]", 3, 0},
-    {"an_empty_text_is_the_first_too", "Subject:\r\nSubject: b\r\n\r\n"sv, "subject=[]", 3, 0},
-    {"folded_text_keeps_its_breaks", "Subject: a \r\n   b\r\n\r\n"sv, "subject=[a \r\n\tb]", 3, 0},
-    {"folded_sender_is_unfolded", "Sender: a\r\n \tb \r\n c\r\n\r\n"sv, "sender=[a b  c]", 4, 0},
-    {"value_on_the_next_line", "Subject:\r\n x\r\n\r\n"sv, "subject=[x]", 3, 0},
-    {"white_space_behind_a_value_stays", "Subject:\t x \r\n\r\n"sv, "subject=[x ]", 2, 0},
-    {"first_date_wins", "Date: 1 Feb 99 10:20 EST\r\nResent-Date: 2 Feb 99\r\n\r\n"sv,
-     "date=[DR Mon, 1 Feb 1999 10:20 -0500]", 3, 0},
-    {"resent_date_comes_first", "Resent-Date: 2\r\n Feb 99\r\nDate: 1 Feb 99\r\n\r\n"sv,
-     "date=[DR Tue, 2 Feb 1999 00:00 +0000]", 4, 0},
-    {"only_resent_date", "Resent-Date: 2 Feb 99\r\n\r\n"sv, "date=[R Tue, 2 Feb 1999 00:00 +0000]", 2, 0},
-    {"kept_names_of_other_lines", "X-MAILER:  a\r\n\tB\r\nother: c\r\n: d\r\nX:\r\n\r\n"sv,
-     "other=[X-mailer: a\r\n\tB][Other: c][: d][X: ]", 6, 0},
-    {"received_lines", "Received: from a\r\n by b\r\nReceived: c\r\n\r\n"sv, "received=[from a\r\n\tby b][c]", 4, 0},
-    {"kept_blank_before_the_colon", "Subject : a\r\nTo\t: a@b\r\n\r\n"sv, "", 3, 0},
-    {"no_colon", "Hello\r\n>From x\r\nworld\r\n\r\n"sv, "", 4, 0},
-    {"separator", "From a@b Mon Feb  1 10:20:30 1999\r\nfrom\r\n\r\n"sv, "separator=[a@b Mon Feb  1 10:20:30 1999]", 3,
-     0},
-    {"recvdate_is_an_other_line", "Recvdate: x\r\nrecvdate y\r\n\r\n"sv, "other=[Recvdate: x]", 3, 0},
-    {"status_last", "A: 1\r\nB: 2\r\nC: 3\r\nStatus: RO\r\n\r\n"sv, "status=[RO] other=[A: 1][B: 2][C: 3]", 5, 4},
-    {"status_before_others", "A: 1\r\nB: 2\r\nC: 3\r\nSTATUS: RO\r\nD: 4\r\nE: 5\r\n\r\n"sv,
-     "status=[RO] other=[A: 1][B: 2][C: 3][D: 4][E: 5]", 7, 4},
-    {"status_folded", "Status: R\r\n O\r\nD: 4\r\n\r\n"sv, "status=[R\r\n\tO] other=[D: 4]", 4, 2},
-    {"kept_status_without_colon", "Status RO\r\n\r\n"sv, "status=[RO]", 2, 1},
-    {"last_status_counts", "Status: a\r\nX: 1\r\nStatus\r\n\r\n"sv, "status=[a] other=[X: 1]", 4, 3},
-    {"status_at_the_end_of_the_file", "X: 1\r\nStatus: RO\r\n"sv, "status=[RO] other=[X: 1]", 2, 0},
-    {"longer_name_than_status", "Status-X: 1\r\nStatu: 2\r\n\r\n"sv, "other=[Status-x: 1][Statu: 2]", 3, 0},
-    {"end_of_the_file", "Subject: a"sv, "subject=[a]", 1, 0},
-    {"empty_file", ""sv, "", 0, 0},
-    {"empty_block", "\r\nSubject: a\r\n"sv, "", 1, 0},
-    {"bare_line_feeds", "Subject: a\nTo: a@b\n\nTo: c@d\n"sv, "to=<a@b> subject=[a]", 3, 0},
-    {"bare_carriage_returns", "Subject: a\rTo: a@b\r\r\n\r\n"sv, "subject=[a\rTo: a@b\r]", 2, 0},
-    {"begins_with_a_continuation", " x: y\r\n z\r\nTo: a@b\r\n\r\n"sv, "to=<a@b>", 4, 0},
-    {"kept_white_space_does_not_end_the_block", "Subject: a\r\n \t \r\nTo: a@b\r\n\r\n"sv, "to=<a@b> subject=[a\r\n\t]",
-     4, 0},
-    {"kept_nul_ends_a_line", "Subject: a\0b\r\nTo: a@b\r\n\0\r\nTo: c@d\r\n"sv, "to=<a@b> subject=[a]", 3, 0},
-    {"every_known_field",
-     "To: a@b\r\nResent-To: b@b\r\nCc: c@b\r\nResent-Cc: d@b\r\nBcc: e@b\r\nResent-Bcc: f@b\r\nFrom: g@b\r\n"
-     "Resent-From: h@b\r\nReply-To: i@b\r\nReturn-Receipt-To: j\r\n @b\r\nMessage-ID: 1\r\n"
-     "Resent-Message-ID: 2\r\nIn-Reply-To: 3\r\nReferences: 4\r\nReturn-Path: 5\r\nMIME-Version: 6\r\n"
-     "Content-Type: 7\r\nContent-Transfer-Encoding: 8\r\nContent-ID: 9\r\nContent-Description: 10\r\n\r\n"sv,
+    {"From: Sales\n Desk\n\t<sd@x.y>\n\nbody\n"sv, "from=Sales Desk<sd@x.y>", 4},
+    {"To: a@b, c@d\nCc:\nTO:e@f\n\n"sv, "to=<a@b>|<c@d>|<e@f> cc=", 4},
+    {"Subject: a\nSubject: b\n\n"sv, "subject=[a]", 3},
+    {"Subject:\nSubject: b\n\n"sv, "subject=[]", 3},
+    {"Subject: a \n   b\n\n"sv, "subject=[a \r\n\tb]", 3},
+    {"Sender: a\n \tb \n c\n\n"sv, "sender=[a b  c]", 4},
+    {"Subject:\n x\n\n"sv, "subject=[x]", 3},
+    {"Subject:\t x \n\n"sv, "subject=[x ]", 2},
+    {"Date: 1 Feb 99 10:20 EST\nResent-Date: 2 Feb 99\n\n"sv, "date=[DR Mon, 1 Feb 1999 10:20 -0500]", 3},
+    {"Resent-Date: 2\n Feb 99\nDate: 1 Feb 99\n\n"sv, "date=[DR Tue, 2 Feb 1999 00:00 +0000]", 4},
+    {"Resent-Date: 2 Feb 99\n\n"sv, "date=[R Tue, 2 Feb 1999 00:00 +0000]", 2},
+    {"X-MAILER:  a\n\tB\nother: c\n: d\nX:\n\n"sv, "other=[X-mailer: a\r\n\tB][Other: c][: d][X: ]", 6, 0,
+     "kept_names_of_other_lines"},
+    {"Received: from a\n by b\nReceived: c\n\n"sv, "received=[from a\r\n\tby b][c]", 4},
+    {"Subject : a\nTo\t: a@b\n\n"sv, "", 3, 0, "kept_blank_before_the_colon"},
+    {"Hello\n>From x\nworld\n\n"sv, "", 4},
+    {"From a@b Mon Feb  1 10:20:30 1999\nfrom\n\n"sv, "separator=[a@b Mon Feb  1 10:20:30 1999]", 3},
+    {"Recvdate: x\nrecvdate y\n\n"sv, "other=[Recvdate: x]", 3},
+    {"A: 1\nB: 2\nC: 3\nStatus: RO\n\n"sv, "status=[RO] other=[A: 1][B: 2][C: 3]", 5, 4},
+    {"A: 1\nB: 2\nSTATUS: R\n O\nD: 4\nE: 5\n\n"sv, "status=[R\r\n\tO] other=[A: 1][B: 2][D: 4][E: 5]", 7, 4},
+    {"Status RO\n\n"sv, "status=[RO]", 2, 1, "kept_status_without_colon"},
+    {"Status: a\nX: 1\nStatus\n\n"sv, "status=[a] other=[X: 1]", 4, 3},
+    {"X: 1\nStatus: RO\n"sv, "status=[RO] other=[X: 1]", 2},
+    {"Status-X: 1\nStatu: 2\n\n"sv, "other=[Status-x: 1][Statu: 2]", 3},
+    {"Subject: a"sv, "subject=[a]", 1},
+    {""sv, "", 0},
+    {"\nSubject: a\n"sv, "", 1},
+    {"Subject: a~To: a@b~~To: c@d~"sv, "to=<a@b> subject=[a]", 3},
+    {"Subject: a\rTo: a@b\r\n\n"sv, "subject=[a\rTo: a@b\r]", 2},
+    {" x: y\n z\nTo: a@b\n\n"sv, "to=<a@b>", 4},
+    {"Subject: a\n \t \nTo: a@b\n\n"sv, "to=<a@b> subject=[a\r\n\t]", 4, 0, "kept_white_space_does_not_end_the_block"},
+    {"Subject: a\0b\nTo: a@b\n\0\nTo: c@d\n"sv, "to=<a@b> subject=[a]", 3, 0, "kept_nul_ends_a_line"},
+    {"To: a@b\nResent-To: b@b\nCc: c@b\nResent-Cc: d@b\nBcc: e@b\nResent-Bcc: f@b\nFrom: g@b\nResent-From: h@b\n"
+     "Reply-To: i@b\nReturn-Receipt-To: j\n @b\nMessage-ID: 1\nResent-Message-ID: 2\nIn-Reply-To: 3\nReferences: 4\n"
+     "Return-Path: 5\nMIME-Version: 6\nContent-Type: 7\nContent-Transfer-Encoding: 8\nContent-ID: 9\n"
+     "Content-Description: 10\n\n"sv,
      "to=<a@b> resent-to=<b@b> cc=<c@b> resent-cc=<d@b> bcc=<e@b> resent-bcc=<f@b> from=<g@b> resent-from=<h@b> "
      "reply-to=<i@b> receipt-to=<j@b> id=[1] resent-id=[2] in-reply-to=[3] references=[4] return-path=[5] "
      "version=[6] type=[7] encoding=[8] content-id=[9] description=[10]",
-     22, 0},
+     22},
 };
 
 TEST_F(HeaderBlock, stores_fields_and_counts_lines) {
     for (const Case& c : kCases) {
-        const Block block = parse(c.text);
-        EXPECT_EQ(block.result, 1) << c.name;
-        EXPECT_EQ(describe(*block.header), c.record) << c.name;
-        EXPECT_EQ(block.lines, c.lines) << c.name;
-        EXPECT_EQ(block.status, c.status) << c.name;
+        std::string text = crlf(c.text);
+        std::replace(text.begin(), text.end(), '~', '\n');
+        const Block block = parse(text);
+        EXPECT_EQ(block.result, 1) << c.name << c.text;
+        EXPECT_EQ(describe(*block.header), c.record) << c.name << c.text;
+        EXPECT_EQ(block.lines, c.lines) << c.name << c.text;
+        EXPECT_EQ(block.status, c.status) << c.name << c.text;
     }
     EXPECT_EQ(parse("To: a@b\r\n\r\nbody\r\n").next, "body\r\n");
 }
 
 TEST_F(HeaderBlock, a_field_that_is_no_date_gets_the_current_time) {
-    const time_t before = ::time(nullptr);
     const Block block = parse("Date: yesterday\r\nResent-Date: 1 Feb 99\r\n\r\n");
     ASSERT_TRUE(block.header->date && block.header->date->time);
     const UTCtime& got = *block.header->date->time;
-    tm local{};
-    local.tm_year = got.year - 1900;
-    local.tm_mon = got.month - 1;
-    local.tm_mday = got.day;
-    local.tm_hour = got.hour;
-    local.tm_min = got.minute;
-    local.tm_sec = got.second;
-    local.tm_isdst = -1;
-    EXPECT_LE(std::abs(std::difftime(::mktime(&local), before)), 3600.0 + 60);
+    tm local{got.second, got.minute, got.hour, got.day, got.month - 1, got.year - 1900, 0, 0, -1, 0, nullptr};
+    EXPECT_LE(std::abs(std::difftime(::mktime(&local), ::time(nullptr))), 3600.0 + 60);
     EXPECT_EQ(got.zone, -5 * 60);
     EXPECT_EQ(got.flags, 3);
 }
@@ -214,19 +193,13 @@ TEST_F(HeaderBlock, a_field_folded_over_more_than_63_units_ends_the_block) {
             text.append("\r\n ").append(piece, 'y');
         }
         const Block block = parse(text + "\r\nTo: a@b\r\n\r\n");
+        const bool fits = size == kHeld;
         EXPECT_EQ(block.result, 1);
-        ASSERT_TRUE(block.header->other);
-        const std::size_t stored = std::strlen(block.header->other->text) - 3 + 5;
-        if (size == kHeld) {
-            EXPECT_EQ(stored, size);
-            EXPECT_TRUE(block.header->to);
-            EXPECT_TRUE(take_log().empty());
-        } else {
-            EXPECT_LT(stored, size);
-            EXPECT_FALSE(block.header->to);
-            EXPECT_EQ(block.next, "To: a@b\r\n");
-            EXPECT_THAT(take_log(), testing::ElementsAre(LogLine{1, "ParseHdr", "too many headers to parse."}));
-        }
+        EXPECT_EQ(std::strlen(block.header->other->text) + 2 == size, fits);
+        EXPECT_EQ(block.header->to != nullptr, fits);
+        EXPECT_EQ(block.next, fits ? "" : "To: a@b\r\n");
+        const LogLine too_many{1, "ParseHdr", "too many headers to parse."};
+        EXPECT_EQ(take_log(), fits ? std::vector<LogLine>{} : std::vector<LogLine>{too_many});
     }
 }
 
@@ -241,23 +214,11 @@ TEST_F(HeaderBlock, kept_the_count_grows_by_one_a_line) {
     }
 }
 
-// Processor time of a block of so many lines for each chain; time that others use does not count.
-TEST_F(HeaderBlock, many_lines_take_time_in_proportion) {
-    const auto seconds = [this](int lines) {
-        std::string text;
-        for (int i = 0; i < lines; ++i) text += "X: 1\r\nReceived: 2\r\n";
-        const clock_t start = std::clock();
-        const Block block = parse(text);
-        EXPECT_EQ(block.lines, 2 * lines);
-        for (const ms* chain : {block.header->received, block.header->other}) {
-            int count = 0;
-            for (; chain; chain = chain->next) ++count;
-            EXPECT_EQ(count, lines);
-        }
-        return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
-    };
-    const double few = seconds(10000);
-    EXPECT_LT(seconds(80000), 24 * few + 0.1) << "eight times as many lines";
+// A walk along the chains for each line would take minutes.
+TEST_F(HeaderBlock, many_lines_are_read_in_time) {
+    std::string text;
+    for (int i = 0; i < 300'000; ++i) text += "X: 1\r\nReceived: 2\r\n";
+    EXPECT_EQ(parse(text).lines, 600'000);
 }
 
 TEST_F(HeaderBlock, read_errors_are_logged) {
@@ -302,53 +263,36 @@ TEST_F(HeaderBlock, random_blocks_end_at_their_empty_lines) {
 class HeaderField : public HeaderTest {};
 
 TEST_F(HeaderField, returns_its_code) {
-    const struct {
-        const char* field;
-        int code;
-    } cases[] = {
-        {"To: a@b", 1},
-        {"RESENT-FROM:", 27},
-        {"Return-Receipt-To: a", 10},
-        {"From x", 19},
-        {"From", 19},
-        {"from: x", 2},
-        {"Date: x", 12},
-        {"Resent-Date:", 28},
-        {"Status", 20},
-        {"Status: x", 20},
-        {"Recvdate: x", 29},
-        {"recvdate", -1},
-        {"X: y", 29},
-        {":", 29},
-        {"", -1},
-        {"To", -1},
-        {"To : a@b", -1},
-        {"\r\n\tTo: a", -1},
-        {"To\n: a", -1},
-        {"To\r: a", 29},
-        {"Status x: y", 20},
-        {"Statu\xd3: y", 29},
-        {"Content-Transfer-Encodings: y", 29},
+    const std::pair<int, const char*> rows[] = {
+        {1, "To: a@b"},
+        {27, "RESENT-FROM:"},
+        {10, "Return-Receipt-To: a"},
+        {19, "From x|From"},
+        {2, "from: x"},
+        {12, "Date: x"},
+        {28, "Resent-Date:"},
+        {20, "Status|Status: x|Status x: y"},
+        {29, "Recvdate: x|X: y|:|To\r: a|Statu\xd3: y|Content-Transfer-Encodings: y"},
+        {-1, "recvdate||To|To : a@b|\r\n\tTo: a|To\n: a"},
     };
     const Header header(New822Header());
-    for (const auto& c : cases) EXPECT_EQ(ParseLine(exact(c.field).get(), header.get()), c.code) << c.field;
+    for (const auto& [code, fields] : rows) {
+        for (const std::string& field : split(fields)) {
+            EXPECT_EQ(ParseLine(exact(field).get(), header.get()), code) << field;
+        }
+    }
     EXPECT_EQ(ParseLine(nullptr, header.get()), -1);
     EXPECT_EQ(ParseLine("To: a@b", nullptr), -1);
     EXPECT_EQ(ParseLine((std::string(100000, 'x') + ": y").c_str(), header.get()), 29);
 }
 
-TEST_F(HeaderField, unfolds_line_breaks_with_the_white_space_behind_them) {
+TEST_F(HeaderField, unfolds_and_appends_to_what_a_record_holds) {
     const Header header(New822Header());
-    ParseLine("Sender: \r\n a\r\n\r\n \tb\nc\rd \n", header.get());
-    EXPECT_STREQ(header->sender, "a b c\rd  ");
-}
-
-TEST_F(HeaderField, appends_to_what_a_record_holds) {
-    const Header header(New822Header());
-    for (const char* field : {"Received: 1", "X: 1", "To: a@b", "Received: 2", "X: 2", "To: c@d"}) {
-        ParseLine(field, header.get());
+    for (const std::string& field : split("Received: 1|X: 1|To: a@b|Received: 2|X: 2|To: c@d")) {
+        ParseLine(field.c_str(), header.get());
     }
-    EXPECT_EQ(describe(*header), "to=<a@b>|<c@d> received=[1][2] other=[X: 1][X: 2]");
+    ParseLine("Sender: \r\n a\r\n\r\n \tb\nc\rd \n", header.get());
+    EXPECT_EQ(describe(*header), "to=<a@b>|<c@d> sender=[a b c\rd  ] received=[1][2] other=[X: 1][X: 2]");
 }
 
 // A second start must not touch locks that somebody holds.

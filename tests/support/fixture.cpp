@@ -110,6 +110,21 @@ std::unique_ptr<char[]> exact(std::string_view text) {
     return copy;
 }
 
+std::string crlf(std::string_view text) {
+    std::string result;
+    for (const char c : text) {
+        if (c == '\n') result += '\r';
+        result += c;
+    }
+    return result;
+}
+
+std::vector<std::string> split(std::string_view text) {
+    std::vector<std::string> pieces(1);
+    for (const char c : text) c == '|' ? void(pieces.emplace_back()) : pieces.back().push_back(c);
+    return pieces;
+}
+
 uint32_t Random::below(uint32_t bound) {
     state_ = state_ * 6364136223846793005u + 1442695040888963407u;
     return static_cast<uint32_t>((state_ >> 33) % bound);

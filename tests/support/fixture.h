@@ -61,6 +61,12 @@ class QuietLog {
 // A copy on the heap of exactly the text's size and its NUL, so that a read past the end is caught.
 std::unique_ptr<char[]> exact(std::string_view text);
 
+// "a\nb" with CR LF line ends.
+std::string crlf(std::string_view text);
+
+// The pieces of "a|b".
+std::vector<std::string> split(std::string_view text);
+
 // A fixed, portable sequence of numbers for random tests.
 class Random {
   public:

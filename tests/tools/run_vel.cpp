@@ -77,15 +77,6 @@ Files CommandTest::extracted() const {
 
 std::string sample(const std::string& name) { return std::string(VEL_SAMPLES) + "/" + name; }
 
-std::string crlf(std::string_view text) {
-    std::string result;
-    for (const char c : text) {
-        if (c == '\n') result += '\r';
-        result += c;
-    }
-    return result;
-}
-
 std::string multipart(const std::vector<std::string>& parts) {
     std::string text = kMimeHead + "Content-Type: multipart/mixed; boundary=b\n\n";
     for (const std::string& part : parts) text += "--b\n" + part + "\n";

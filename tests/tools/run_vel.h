@@ -60,9 +60,6 @@ constexpr int kUsage = 64, kBadData = 65, kNoInput = 66, kCannotCreate = 73, kIo
 // The path of a file in samples/.
 std::string sample(const std::string& name);
 
-// "a\nb" with CR LF line ends.
-std::string crlf(std::string_view text);
-
 // The start of a header block, and messages: a multipart of parts that begin with their header lines, each line of
 // which ends in "\n" here; and such a part.
 inline const std::string kMimeHead = "Subject: test\nMIME-Version: 1.0\n";
