@@ -37,6 +37,7 @@ class StartupTest : public VelTest {
     }
     ~StartupTest() override {
         TerminateVELDll();
+        UseINI();
         ::setenv("TZ", "EST5EDT", 1);
         ::tzset();
     }
@@ -47,22 +48,20 @@ TEST_F(StartupTest, reads_the_settings_and_connects) {
     set("Gateway", "TimeZone", "JST-9");
     set("Gateway", "QueueDirectory", "/queue");
     set("Config", "InstallDirectory", "/install");
-    EXPECT_EQ(InitVELDll("a module's name of forty characters long."), 1);
+    for (const char* module : {"a module's name of forty characters long.", "again: nothing is done twice"}) {
+        EXPECT_EQ(InitVELDll(module), 1);
+        EXPECT_STREQ(appName, "a module's name of forty charac");
+        EXPECT_EQ(queue.calls, 1);
+    }
     EXPECT_STREQ(iniFileName, "ostra.ini");
-    EXPECT_STREQ(appName, "a module's name of forty charac");
     EXPECT_STREQ(GetQueueDir(), "/queue");
     EXPECT_STREQ(GetTempDir(), directory().c_str());
     EXPECT_STREQ(GetInstallDir(), "/install");
     EXPECT_EQ(environment("TZ"), "JST-9");
     EXPECT_EQ(::timezone, -9 * 3600) << "the C library knows it";
     EXPECT_EQ(environment("TMP"), directory().string());
-    EXPECT_EQ(queue.host, "localhost");
-    EXPECT_EQ(queue.module, appName);
+    EXPECT_EQ(queue.host + " " + queue.module, std::string("localhost ") + appName);
     EXPECT_NE(thread_file_pool, nullptr);
-
-    EXPECT_EQ(InitVELDll("again"), 1);
-    EXPECT_STREQ(appName, "a module's name of forty charac") << "nothing is done twice";
-    EXPECT_EQ(queue.calls, 1);
 }
 
 TEST_F(StartupTest, a_queue_that_refuses_fails_the_start_until_it_does_not) {
@@ -91,23 +90,14 @@ TEST_F(StartupTest, kept_starting_without_the_queue_repeats_everything) {
 
 TEST_F(StartupTest, a_time_zone_may_be_left_alone_or_empty) {
     ::setenv("TZ", "UTC0", 1);
-    set("Gateway", "TimeZone", "XxX5");
-    InitVELDll_NOMQ("m");
-    EXPECT_EQ(environment("TZ"), "UTC0");
-    set("Gateway", "TimeZone", "");
-    InitVELDll_NOMQ("m");
-    EXPECT_EQ(environment("TZ"), "");
-    set("Gateway", "TimeZone", nullptr);
-    InitVELDll_NOMQ("m");
-    EXPECT_EQ(environment("TZ"), "PST8PDT");
+    for (const auto& [setting, zone] : {std::pair("XxX5", "UTC0"), {"", ""}, {nullptr, "PST8PDT"}}) {
+        set("Gateway", "TimeZone", setting);
+        InitVELDll_NOMQ("m");
+        EXPECT_EQ(environment("TZ"), zone);
+    }
 }
 
-class SettingsTest : public VelTest {
-  protected:
-    ~SettingsTest() override { UseINI(); }
-};
-
-TEST_F(SettingsTest, numbers_are_leading_digits) {
+TEST_F(StartupTest, numbers_are_leading_digits) {
     struct {
         const char* stored;
         int expected;
@@ -118,24 +108,23 @@ TEST_F(SettingsTest, numbers_are_leading_digits) {
     }
 }
 
-TEST_F(SettingsTest, both_modes_read_the_file_and_others_nothing) {
+TEST_F(StartupTest, both_modes_read_the_file_and_others_nothing) {
     set("S", "k", "value");
-    char buffer[16];
-    for (const int mode : {0, 1, 5}) {
+    const std::string ini = (directory() / "w.ini").string();
+    for (const int mode : {5, 0, 1}) {
+        const bool reads = mode != 5;
+        char buffer[16] = "untouched";
         INI_MODE = mode;
-        std::snprintf(buffer, sizeof buffer, "untouched");
-        const int expected = mode == 5 ? 0 : 5;
-        EXPECT_EQ(VELGetPrivateProfileString("S", "k", "", buffer, sizeof buffer, iniFileName), expected);
-        EXPECT_STREQ(buffer, mode == 5 ? "untouched" : "value");
-        EXPECT_EQ(VELGetPrivateProfileInt("S", "none", 3, iniFileName), mode == 5 ? 0 : 3);
+        EXPECT_EQ(VELGetPrivateProfileString("S", "k", "", buffer, sizeof buffer, iniFileName), reads ? 5 : 0);
+        EXPECT_STREQ(buffer, reads ? "value" : "untouched");
+        EXPECT_EQ(VELGetPrivateProfileInt("S", "none", 3, iniFileName), reads ? 3 : 0);
         EXPECT_EQ(VELGetPrivateProfileStringOld("S", "k", "", buffer, sizeof buffer, iniFileName), 5);
-        const std::string ini = (directory() / "w.ini").string();
-        EXPECT_EQ(VELWritePrivateProfileString("S", "k", "v", ini.c_str()), mode == 5 ? 0 : 1);
+        EXPECT_EQ(VELWritePrivateProfileString("S", "k", "v", ini.c_str()), reads ? 1 : 0);
     }
-    UseConfigAPI();
-    EXPECT_EQ(INI_MODE, 1);
     UseINI();
     EXPECT_EQ(INI_MODE, 0);
+    UseConfigAPI();
+    EXPECT_EQ(INI_MODE, 1);
 }
 
 }  // namespace
