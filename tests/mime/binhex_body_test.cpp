@@ -6,6 +6,12 @@
 namespace vel::test {
 namespace {
 
+using namespace std::string_literals;
+
+const MacFile kFile{"a", "TEXT", "ttxt", 0, "hello", std::string(90, 'r') + "fork and more than a line of text"};
+const std::string kBinhex = kFile.hqx();
+constexpr const char* kHead = "MIME-Version: 1.0\r\nContent-Type: application/MAC-binhex40\r\n";
+
 class BinhexBody : public VelTest {
   protected:
     ~BinhexBody() override { MimeFreeMessage(&pool_); }
@@ -16,7 +22,8 @@ class BinhexBody : public VelTest {
         return MimeGetMsg(pool_, index);
     }
 
-    static std::string taken(char* path) {
+    static std::string body_of(MimeMsg* record, bool raw = false) {
+        char* path = MimeGetBody(record, raw, -1);
         if (!path) return "(null)";
         const std::string text = content(path);
         MimeFreeFile(path);
@@ -26,42 +33,25 @@ class BinhexBody : public VelTest {
     mime_msg_pool* pool_ = nullptr;
 };
 
-const MacFile kFile{"a", "TEXT", "ttxt", 0, "hello", std::string(90, 'r') + "fork and more than a line of text"};
-const std::string kBinhex = kFile.hqx();
-constexpr const char* kHead = "MIME-Version: 1.0\r\nContent-Type: application/MAC-binhex40\r\n";
-
 TEST_F(BinhexBody, becomes_an_apple_single_file_and_names_the_record) {
     MimeMsg* record = record_of(std::string(kHead) + "\r\nread me first\r\n" + kBinhex);
-    for (int round = 0; round < 2; ++round) {  // the name is replaced
-        EXPECT_EQ(taken(MimeGetBody(record, 0, -1)), kFile.apple_single());
-        EXPECT_STREQ(MimeGetTrueName(record), "a");
-    }
-    EXPECT_TRUE(taken(MimeGetBody(record, 1, -1)).starts_with("MIME-Version"));
+    record->trueName = ::strdup("before");
+    EXPECT_EQ(body_of(record), kFile.apple_single());
     EXPECT_STREQ(MimeGetTrueName(record), "a");
-    EXPECT_EQ(taken(MimeGetBody(record_of("Subject: none\r\n\r\ntext\r\n"s + kBinhex, 1), 0, -1)),
-              kFile.apple_single());
+    EXPECT_TRUE(body_of(record, true).starts_with("MIME-Version"));
+    EXPECT_STREQ(MimeGetTrueName(record), "a");
+    EXPECT_EQ(body_of(record_of("Subject: none\r\n\r\ntext\r\n" + kBinhex, 1)), kFile.apple_single());
 }
 
 TEST_F(BinhexBody, that_does_not_decode_is_delivered_without_a_name) {
-    const std::string damaged = std::string(kBinhex).replace(60, 1, "~");
-    struct {
-        const char* name;
-        const char* header;
-        std::string body;
-    } const rows[] = {
-        {"character outside the alphabet", "", damaged},
-        {"no text", "", "nothing\r\n"},
-        {"no body", "", ""},
-        {"another encoding counts first", "Content-Transfer-Encoding: x-uue\r\n", kBinhex},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        MimeMsg* record = record_of(std::string(kHead) + row.header + "\r\n" + row.body);
+    const std::string bad_character = std::string(kBinhex).replace(60, 1, "~");
+    for (const std::string& body : {bad_character, "nothing\r\n"s, ""s, kBinhex}) {
+        const char* encoding = body == kBinhex ? "Content-Transfer-Encoding: x-uue\r\n\r\n" : "\r\n";  // counts first
+        MimeMsg* record = record_of(std::string(kHead) + encoding + body);
         record->trueName = ::strdup("before");
-        EXPECT_EQ(taken(MimeGetBody(record, 0, -1)), row.body);
-        EXPECT_STREQ(MimeGetTrueName(record), nullptr);
-        EXPECT_THAT(left_behind("binhex"), testing::ElementsAre());
-        EXPECT_THAT(left_behind("MIME"), testing::ElementsAre());
+        EXPECT_EQ(body_of(record), body);
+        EXPECT_STREQ(MimeGetTrueName(record), nullptr) << body;
+        EXPECT_EQ(left_behind("binhex").size() + left_behind("MIME").size(), 0u) << body;
     }
 }
 

@@ -1,7 +1,6 @@
 // Messages and the trees that they parse into, MIME and flat.
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <ctime>
 #include <string>
 
@@ -20,6 +19,12 @@ using testing::ElementsAre;
 constexpr const char* kReadFailed = "ParseMimeMessage: getline failed.";
 constexpr const char* kNotValid = "ParseMimeMessage: not a valid MIME message.";
 
+struct Row {
+    std::string message;
+    std::string tree;
+    std::string errors = "";  // the lines at level 1, "|" behind each
+};
+
 class ParserTest : public VelTest {
   protected:
     ~ParserTest() override { MimeFreeMessage(&pool_); }
@@ -27,13 +32,7 @@ class ParserTest : public VelTest {
     // Parses a message, "/" standing for CR LF and "|" for a slash, and shows its tree, or "refused".
     std::string parse(std::string_view shorthand, bool nested = true) {
         message_.clear();
-        for (const char c : shorthand) {
-            if (c == '/') {
-                message_ += "\r\n";
-            } else {
-                message_ += c == '|' ? '/' : c;
-            }
-        }
+        for (const char c : shorthand) message_ += c == '/' ? "\r\n" : std::string(1, c == '|' ? '/' : c);
         return parse_message(nested);
     }
 
@@ -42,6 +41,14 @@ class ParserTest : public VelTest {
         const int count = MimeParseMessage(file("message", message_).c_str(), nested, &pool_);
         EXPECT_EQ(count, pool_ ? pool_->count : -1);
         return pool_ ? tree(*pool_, message_) : "refused";
+    }
+
+    void check(const Row& row, bool nested = true) {
+        SCOPED_TRACE(row.message);
+        EXPECT_EQ(parse(row.message, nested), row.tree);
+        std::string errors;
+        for (const std::string& line : take_log(1)) errors += line + "|";
+        EXPECT_EQ(errors, row.errors);
     }
 
     const MimeMsg& record(int index) const { return *pool_->items[index]; }
@@ -57,173 +64,124 @@ class ParserTest : public VelTest {
 // A message in the shorthand of parse.
 std::string mime(const std::string& text) { return "MIME-Version: 1.0/" + text; }
 
-struct Row {
-    const char* name;
-    std::string message;
-    std::string tree;
-    std::vector<std::string> errors = {};
-};
-
-class ParserTableTest : public ParserTest {
-  protected:
-    void check(const Row& row, bool nested = true) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(parse(row.message, nested), row.tree);
-        EXPECT_EQ(take_log(1), row.errors);
-    }
-};
-
 const std::string kMixed = mime("Content-Type: multipart|mixed; boundary=\"b\"//");
 
-TEST_F(ParserTableTest, mime_messages) {
+TEST_F(ParserTest, mime_messages) {
     const Row rows[] = {
-        {"single", mime("Content-Type: text|html//body/"), "text/html \"body/\""},
-        {"single without type", mime("/body/"), "- \"body/\""},
-        {"empty body", mime("/"), "- \"\""},
-        {"no blank line", mime("Subject: x/"), "- \"MIME-Version: 1.0/Subject: x/\""},
-        {"two parts", kMixed + "preamble/--b//one/--b/Content-Type: a|b//two/--b--/epilogue/",
+        {mime("Content-Type: text|html//body/"), "text/html \"body/\""},
+        {mime("/"), "- \"\""},
+        {mime("Subject: x/"), "- \"MIME-Version: 1.0/Subject: x/\""},
+        {kMixed + "preamble/--b//one/--b/Content-Type: a|b//two/--b--/epilogue/",
          "multipart/mixed { - \"one/\" a/b \"two/\" }"},
-        {"no delimiter at all", kMixed + "text/", "refused", {kNotValid}},
-        {"no boundary",
-         mime("Content-Type: multipart|mixed//--b/"),
-         "refused",
-         {"ParseMimeMessage: boundary line is missing."}},
-        {"empty boundary", mime("Content-Type: multipart|mixed; boundary=\"\"//--//one/--b//two/----/"),
+        {kMixed + "text/", "refused", kNotValid + std::string("|")},
+        {mime("Content-Type: multipart|mixed//--b/"), "refused", "ParseMimeMessage: boundary line is missing.|"},
+        {mime("Content-Type: multipart|mixed; boundary=\"\"//--//one/--b//two/----/"),
          "multipart/mixed { - \"one/-\" - \"two/\" }"},
-        {"empty part", kMixed + "--b//--b--/", "multipart/mixed { - \"\" }"},
-        {"part without a blank line", kMixed + "--b/Content-Type: a|b/--b//two/--b--/",
-         "multipart/mixed { a/b \"\" - \"two/\" }"},
-        {"unterminated last part", kMixed + "--b//one/--b//two/", "multipart/mixed { - \"one/\" }", {kReadFailed}},
-        {"ends in a header block", kMixed + "--b//one/--b/Subject: x/", "multipart/mixed { - \"one/\" }"},
-        {"ends in a field that might go on", kMixed + "--b//one/--b/Content-Type: a|b/", "refused", {kNotValid}},
-        {"nested multipart",
-         kMixed + "--b/Content-Type: multipart|alternative; boundary=c//--c//x/--c--/between/--b//two/--b--/",
+        {kMixed + "--b//--b--/", "multipart/mixed { - \"\" }"},
+        {kMixed + "--b/Content-Type: a|b/--b//two/--b--/", "multipart/mixed { a/b \"\" - \"two/\" }"},
+        {kMixed + "--b//one/--b//two/", "multipart/mixed { - \"one/\" }", kReadFailed + std::string("|")},
+        {kMixed + "--b//one/--b/Subject: x/", "multipart/mixed { - \"one/\" }"},
+        {kMixed + "--b//one/--b/Content-Type: a|b/", "refused", kNotValid + std::string("|")},
+        {kMixed + "--b/Content-Type: multipart|alternative; boundary=c//--c//x/--c--/between/--b//two/--b--/",
          "multipart/mixed { multipart/alternative { - \"x/\" } - \"two/\" }"},
-        {"inner multipart closed by the outer",
-         kMixed + "--b/Content-Type: multipart|digest; boundary=c//--c//x/--c--/--b--/",
+        {kMixed + "--b/Content-Type: multipart|digest; boundary=c//--c//x/--c--/--b--/",
          "multipart/mixed { multipart/digest { - \"x/\" } }"},
-        {"inner delimiter that extends the outer",
-         kMixed + "--b/Content-Type: multipart|digest; boundary=bb//--bb//x/--bb--/--b//y/--b--/",
+        {kMixed + "--b/Content-Type: multipart|digest; boundary=bb//--bb//x/--bb--/--b//y/--b--/",
          "multipart/mixed { multipart/digest { - \"x/\" } - \"y/\" }"},
-        {"enclosed message", kMixed + "--b/Content-Type: message|rfc822//Subject: in//x/--b//two/--b--/",
+        {kMixed + "--b/Content-Type: message|rfc822//Subject: in//x/--b//two/--b--/",
          "multipart/mixed { message/rfc822 { - \"x/\" } - \"two/\" }"},
-        {"enclosed multipart, then a part",
-         kMixed + "--b/Content-Type: message|rfc822//Content-Type: multipart|mixed; boundary=c//--c//x/--c--/"
-                  "--b//two/--b--/",
-         "multipart/mixed { message/rfc822 { multipart/mixed { - \"x/\" } } - \"two/\" }"},
-        {"message within message", mime("Content-Type: message|rfc822//Content-Type: message|rfc822//Subject: x//y/"),
+        {kMixed +
+             "--b/Content-Type: message|rfc822//Content-Type: multipart|x; boundary=c//--c//x/--c--/--b//two/--b--/",
+         "multipart/mixed { message/rfc822 { multipart/x { - \"x/\" } } - \"two/\" }"},
+        {mime("Content-Type: message|rfc822//Content-Type: message|rfc822//Subject: x//y/"),
          "message/rfc822 { message/rfc822 { - \"y/\" } }"},
-        {"encoded message is left alone", mime("Content-Type: message|rfc822/Content-Transfer-Encoding: base64//QUJD/"),
-         "message/rfc822 \"QUJD/\""},
-        {"refused field",
-         mime("Content-Type: |plain//x/"),
-         "refused",
-         {"\"content-type:\" field invalid. Misplaced slash.", kNotValid}},
-        {"queue envelope lines", "#Fa@b/#Rc@d/" + mime("Content-Type: a|b//x/"), "a/b \"x/\""},
-        {"quoted boundary with blanks", mime("Content-Type: multipart|x; boundary=\" b c\"//-- b c//x/-- b c--/"),
-         "multipart/x { - \"x/\" }"},
-        {"closed twice", kMixed + "--b//one/--b--/--b--/--b//two/", "multipart/mixed { - \"one/\" }"},
+        {mime("Content-Type: message|rfc822/Content-Transfer-Encoding: base64//QUJD/"), "message/rfc822 \"QUJD/\""},
+        {mime("Content-Type: |plain//x/"), "refused",
+         "\"content-type:\" field invalid. Misplaced slash.|" + std::string(kNotValid) + "|"},
+        {"#Fa@b/#Rc@d/" + mime("Content-Type: a|b//x/"), "a/b \"x/\""},
+        {mime("Content-Type: multipart|x; boundary=\" b c\"//-- b c//x/-- b c--/"), "multipart/x { - \"x/\" }"},
+        {kMixed + "--b//one/--b--/--b--/--b//two/", "multipart/mixed { - \"one/\" }"},
     };
     for (const Row& row : rows) check(row);
-}
-
-TEST_F(ParserTableTest, enclosed_messages_stay_whole_when_asked) {
-    check({"whole", kMixed + "--b/Content-Type: message|rfc822//Subject: in//x/--b--/",
+    check({kMixed + "--b/Content-Type: message|rfc822//Subject: in//x/--b--/",
            "multipart/mixed { message/rfc822 \"Subject: in//x/\" }"},
           false);
 }
 
 // What stands behind the delimiter on its line stays in the body before it.
-TEST_F(ParserTableTest, kept_bodies_lose_a_bare_delimiter_line) {
-    check({"blanks behind a delimiter", kMixed + "--b//one/--b  //two/--b-- /",
-           "multipart/mixed { - \"one/--\" - \"two/-\" }"});
-    check({"no line end behind the last", kMixed + "--b//one/--b--", "multipart/mixed { - \"one\" }"});
+TEST_F(ParserTest, kept_bodies_lose_a_bare_delimiter_line) {
+    check({kMixed + "--b//one/--b  //two/--b-- /", "multipart/mixed { - \"one/--\" - \"two/-\" }"});
+    check({kMixed + "--b//one/--b--", "multipart/mixed { - \"one\" }"});
 }
 
-TEST_F(ParserTableTest, kept_a_level_is_looked_up_by_the_whole_line) {
-    check({"blanks behind a closing delimiter without a blank line before it",
-           kMixed + "--b/Content-Type: a|b/--b-- //--b//lost/--b--/", "multipart/mixed { a/b \"\" }"});
+TEST_F(ParserTest, kept_a_level_is_looked_up_by_the_whole_line) {
+    check({kMixed + "--b/Content-Type: a|b/--b-- //--b//lost/--b--/", "multipart/mixed { a/b \"\" }"});
 }
 
-TEST_F(ParserTableTest, kept_a_delimiter_that_ends_in_hyphens_closes) {
-    check({"around an enclosed message",
-           mime("Content-Type: multipart|mixed; boundary=\"x--\"//--x--/Content-Type: message|rfc822//S: y//z/"
-                "--x--//two/--x----/"),
+TEST_F(ParserTest, kept_a_delimiter_that_ends_in_hyphens_closes) {
+    check({mime("Content-Type: multipart|mixed; boundary=\"x--\"//--x--/Content-Type: message|rfc822//S: "
+                "y//z/--x--//two/--x----/"),
            "multipart/mixed { message/rfc822 { - \"z/\" } }"});
 }
 
-TEST_F(ParserTableTest, kept_the_boundary_VEL_is_none) {
-    check({"first part to the end", mime("Content-Type: multipart|mixed; boundary=VEL//--VEL//one/--VEL//two/--VEL--/"),
+TEST_F(ParserTest, kept_the_boundary_VEL_is_none) {
+    check({mime("Content-Type: multipart|mixed; boundary=VEL//--VEL//one/--VEL//two/--VEL--/"),
            "multipart/mixed { - \"one/--VEL//two/--VEL--/\" }"});
 }
 
-TEST_F(ParserTableTest, kept_pieces_of_a_long_line_are_lines_of_a_message) {
-    check({"a delimiter in a body", kMixed + "--b//" + std::string(1024, 'x') + "--b//two/--b--/",
-           "multipart/mixed { - \"" + std::string(1024, 'x') + "\" - \"two/\" }"});
-    check({"an end of a header block", mime("X: " + std::string(1021, 'x') + "/Content-Type: a|b//y/"),
-           "- \"Content-Type: a/b//y/\""});
+TEST_F(ParserTest, kept_pieces_of_a_long_line_are_lines_of_a_message) {
+    const std::string piece(1024, 'x');
+    check({kMixed + "--b//" + piece + "--b//two/--b--/", "multipart/mixed { - \"" + piece + "\" - \"two/\" }"});
+    check({mime(piece + "/Content-Type: a|b//y/"), "- \"Content-Type: a/b//y/\""});
 }
 
-TEST_F(ParserTableTest, kept_envelope_lines_are_skipped_in_a_part_too) {
-    check({"in a part", kMixed + "--b/#From here/#Rto there/Content-Type: a|b//x/--b--/",
-           "multipart/mixed { a/b \"x/\" }"});
+TEST_F(ParserTest, kept_envelope_lines_are_skipped_in_a_part_too) {
+    check({kMixed + "--b/#From here/#Rto there/Content-Type: a|b//x/--b--/", "multipart/mixed { a/b \"x/\" }"});
 }
 
-TEST_F(ParserTableTest, kept_an_unterminated_part_with_an_embedded_file_stays_in_the_pool) {
-    check({"outside the tree",
-           kMixed + "--b//one/--b//begin 1 f/end/two/",
-           "multipart/mixed { - \"one/\" } + - { x-embedded \"begin 1 f/end/\" }",
-           {kReadFailed}});
+TEST_F(ParserTest, kept_an_unterminated_part_with_an_embedded_file_stays_in_the_pool) {
+    check({kMixed + "--b//one/--b//begin 1 f/end/two/",
+           "multipart/mixed { - \"one/\" } + - { x-embedded \"begin 1 f/end/\" }", kReadFailed + std::string("|")});
 }
 
-TEST_F(ParserTableTest, kept_an_unterminated_part_is_dropped_in_silence_under_the_lenient_grammar) {
+TEST_F(ParserTest, kept_an_unterminated_part_is_dropped_in_silence_under_the_lenient_grammar) {
     set("Options", "StrictMimeParsing", "NO");
-    check({"lenient", kMixed + "--b//one/--b//two/", "multipart/mixed { - \"one/\" }"});
+    check({kMixed + "--b//one/--b//two/", "multipart/mixed { - \"one/\" }"});
 }
 
-TEST_F(ParserTableTest, embedded_files) {
+TEST_F(ParserTest, embedded_files) {
     const Row rows[] = {
-        {"uuencoded", mime("Content-Type: text|plain//a/begin 644 f/#0V%T/`/end/b/"),
-         "text/plain { x-embedded \"begin 644 f/#0V%T/`/end/\" }"},
-        {"no end", mime("/a/begin 644 f/#0V%T/`/"), "- \"a/begin 644 f/#0V%T/`/\""},
-        {"binhex", mime("/(this file MUST be converted with BinHex 4.0)//:abc/def:/x/"),
+        {mime("/a/begin 644 f/#0V%T/`/"), "- \"a/begin 644 f/#0V%T/`/\""},
+        {mime("/(this file MUST be converted with BinHex 4.0)//:abc/def:/x/"),
          "- { application/mac-binhex40 \"(this file MUST be converted with BinHex 4.0)//:abc/def:/\" }"},
-        {"two, in a part", kMixed + "--b//BEGIN 1 a/END/begin 1 b/end /end/--b--/",
+        {kMixed + "--b//BEGIN 1 a/END/begin 1 b/end /end/--b--/",
          "multipart/mixed { - { x-embedded \"BEGIN 1 a/END/\" x-embedded \"begin 1 b/end /end/\" } }"},
-        {"not in html", mime("Content-Type: text|html//begin 644 f/`/end/"), "text/html \"begin 644 f/`/end/\""},
+        {mime("Content-Type: text|html//begin 644 f/`/end/"), "text/html \"begin 644 f/`/end/\""},
+        {mime("Content-Type: text|plain//a/begin 644 f/#0V%T/`/end/b/"),
+         "text/plain { x-embedded \"begin 644 f/#0V%T/`/end/\" }"},
     };
     for (const Row& row : rows) check(row);
-    take_log();
-    check(rows[0]);
     EXPECT_THAT(take_log(6), testing::Contains("Found embedded UUEncode attachment in body text/plain"));
 }
 
 TEST_F(ParserTest, flat_messages) {
-    struct {
-        const char* name;
-        const char* message;
-        const char* tree;
-    } const rows[] = {
-        {"no version", "Subject: x//body/", "- \"body/\""},
-        {"version 2", "MIME-Version: 2.0//body/", "- \"body/\""},
-        {"empty file", "", "- \"\""},
-        {"no blank line", "Subject: x/", "- \"Subject: x/\""},
-        {"only a blank line", "/", "- \"\""},
-        {"uuencoded", "S: x//a/begin 644 f/#0V%T/`/endless/b/",
-         "- \"a/\" + x-embedded \"begin 644 f/#0V%T/`/endless/\" + - \"b/\""},
-        {"nothing between", "S: x//begin 7 f/END/Begin 7 g/end/",
+    const Row rows[] = {
+        {"Subject: x//body/", "- \"body/\""},
+        {"MIME-Version: 2.0//body/", "- \"body/\""},
+        {"", "- \"\""},
+        {"Subject: x/", "- \"Subject: x/\""},
+        {"/", "- \"\""},
+        {"S: x//a/begin 644 f/#0V%T/`/endless/b/", "- \"a/\" + x-embedded \"begin 644 f/#0V%T/`/endless/\" + - \"b/\""},
+        {"S: x//begin 7 f/END/Begin 7 g/end/",
          "- \"\" + x-embedded \"begin 7 f/END/\" + - \"\" + x-embedded \"Begin 7 g/end/\" + - \"\""},
-        {"no mode, no file", "S: x//begin again/end/", "- \"begin again/end/\""},
-        {"no end is text", "S: x//a/begin 644 f/(This file must be converted with BinHex 4.0)/:a/b:/",
+        {"S: x//begin again/end/", "- \"begin again/end/\""},
+        {"S: x//a/begin 644 f/(This file must be converted with BinHex 4.0)/:a/b:/",
          "- \"a/begin 644 f/(This file must be converted with BinHex 4.0)/:a/b:/\""},
-        {"binhex needs another line", "S: x//(This file must be converted with BinHex 4.0)/x:/:a:/b/c:d/e/",
+        {"S: x//(This file must be converted with BinHex 4.0)/x:/:a:/b/c:d/e/",
          "- \"\" + application/mac-binhex40 \"(This file must be converted with BinHex 4.0)/x:/:a:/b/c:d/\" + - "
          "\"e/\""},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(parse(row.message), row.tree);
-    }
+    for (const Row& row : rows) EXPECT_EQ(parse(row.message), row.tree) << row.message;
 }
 
 TEST_F(ParserTest, offsets_and_kinds) {
@@ -294,57 +252,11 @@ TEST_F(ParserTest, survives_truncation_at_every_byte) {
               "multipart/mixed { message/rfc822 { multipart/x { - { x-embedded \"begin 1 f/end/\" } } } - \"x/\" }");
 }
 
-class HostileTest : public ParserTest {
-  protected:
-    // Processor seconds that parsing a message takes, the best of three.
-    double cost(const std::string& message) {
-        double best = 1e9;
-        const std::string path = file("message", message);
-        for (int round = 0; round < 3; ++round) {
-            MimeFreeMessage(&pool_);
-            const std::clock_t start = std::clock();
-            MimeParseMessage(path.c_str(), 1, &pool_);
-            best = std::min(best, static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC);
-            take_log();
-        }
-        EXPECT_NE(pool_, nullptr);
-        message_ = message;
-        return best;
-    }
-
-    // Four times the input shall cost about four times as much; quadratic work costs sixteen times.
-    template <class Make>
-    void expect_linear(int size, Make make) {
-        const double small = cost(make(size));
-        EXPECT_LT(cost(make(4 * size)), 8 * small + 0.02);
-    }
-};
-
-std::string many_parts(int count) {
-    std::string message = "MIME-Version: 1.0\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\n";
-    for (int i = 0; i < count; ++i) message += "--b\r\n\r\nx\r\n";
-    return message + "--b--\r\n";
-}
-
-// Multiparts, every third one followed by an enclosed message, all open at once.
-std::string open_levels(int count) {
-    std::string message = "MIME-Version: 1.0\r\n";
-    for (int i = 0; i < count; ++i) {
-        const std::string number = std::to_string(i);
-        message += "Content-Type: multipart/mixed; boundary=" + number + "x\r\n\r\n--" + number + "x\r\n";
-        if (i % 3 == 0) message += "Content-Type: message/rfc822\r\n\r\n";
-    }
-    return message;
-}
-
-std::string nested_levels(int count) {
-    std::string message = open_levels(count) + "\r\nbody\r\n";
-    for (int i = count - 1; i >= 0; --i) message += "--" + std::to_string(i) + "x--\r\n";
-    return message;
-}
-
-TEST_F(HostileTest, a_hundred_thousand_parts) {
-    expect_linear(25000, many_parts);
+TEST_F(ParserTest, a_hundred_thousand_parts) {
+    message_ = "MIME-Version: 1.0\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\n";
+    for (int i = 0; i < 100000; ++i) message_ += "--b\r\n\r\nx\r\n";
+    message_ += "--b--\r\n";
+    parse_message();
     ASSERT_EQ(pool_->count, 100001);
     EXPECT_EQ(record(0).numChildren, 65535);
     EXPECT_EQ(record(100000).nodeKind, 2) << "a child, though unlinked";
@@ -356,10 +268,22 @@ TEST_F(HostileTest, a_hundred_thousand_parts) {
     EXPECT_EQ(leaves, 65535);
 }
 
-TEST_F(HostileTest, ten_thousand_levels) {
-    expect_linear(2500, nested_levels);
-    ASSERT_EQ(pool_->count, 10000 + 3334 + 1);
-    EXPECT_EQ(record(0).bodyEnd, message_.size());
+// Multiparts, every third one followed by an enclosed message, all open at once.
+std::string open_levels(int count) {
+    std::string message = "MIME-Version: 1.0\r\n";
+    for (int i = 0; i < count; ++i) {
+        const std::string boundary = std::to_string(i) + "x";
+        message += "Content-Type: multipart/mixed; boundary=" + boundary + "\r\n\r\n--" + boundary + "\r\n";
+        if (i % 3 == 0) message += "Content-Type: message/rfc822\r\n\r\n";
+    }
+    return message;
+}
+
+TEST_F(ParserTest, ten_thousand_levels) {
+    std::string message = open_levels(10000) + "\r\nbody\r\n";
+    for (int i = 9999; i >= 0; --i) message += "--" + std::to_string(i) + "x--\r\n";
+    ASSERT_EQ(MimeParseMessage(file("message", message).c_str(), 1, &pool_), 10000 + 3334 + 1);
+    EXPECT_EQ(record(0).bodyEnd, message.size());
     int leaves = 1;
     int containers = 0;
     MimeGetNumLeafBodyParts(&record(0), &leaves);
@@ -368,31 +292,35 @@ TEST_F(HostileTest, ten_thousand_levels) {
     EXPECT_EQ(containers, 13334);
 }
 
-TEST_F(HostileTest, deep_comments_and_long_parameter_lists) {
-    expect_linear(12500, [](int count) {
-        std::string message = "MIME-Version: 1.0 ";
-        for (int i = 0; i < count; ++i) message += "(((((\r\n ";
-        for (int i = 0; i < count; ++i) message += ")))))\r\n ";
-        message += "\r\nContent-Type: a/b";
-        for (int i = 0; i < count; ++i) message += ";\r\n p" + std::to_string(i) + "=\"v\"";
-        return message + "\r\n\r\n" + std::string(static_cast<std::size_t>(count) * 100, 'x');
-    });
-    int parameters = 0;
-    for (const ms* node = record(0).contentTypeParams; node; node = node->next) ++parameters;
-    EXPECT_EQ(parameters, 50000);
+// Each enclosed message looks its delimiter up among all open levels.
+TEST_F(ParserTest, delimiters_below_many_open_levels) {
+    const auto seconds = [this](int levels) {
+        std::string message = open_levels(levels);
+        const std::string last = "\r\n--" + std::to_string(levels - 1) + "x\r\n";
+        for (int i = 0; i < 20000; ++i) message += "Content-Type: message/rfc822\r\n\r\n" + last;
+        const std::string path = file("message", message);
+        const std::clock_t start = std::clock();
+        MimeFreeMessage(&pool_);
+        EXPECT_GT(MimeParseMessage(path.c_str(), 1, &pool_), 40000);
+        take_log();
+        return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+    };
+    const double alone = seconds(2);
+    EXPECT_LT(seconds(2000), 3 * alone + 0.2);
 }
 
-// Each enclosed message looks its delimiter up among all open levels.
-TEST_F(HostileTest, delimiters_below_many_open_levels) {
-    const auto messages = [](int levels) {
-        const std::string delimiter = "--" + std::to_string(levels - 1) + "x";
-        std::string message = open_levels(levels);
-        for (int i = 0; i < 20000; ++i) message += "Content-Type: message/rfc822\r\n\r\n\r\n" + delimiter + "\r\n";
-        return message;
-    };
-    const double alone = cost(messages(2));
-    EXPECT_LT(cost(messages(2000)), 3 * alone + 0.05);
-    EXPECT_GT(pool_->count, 42000);
+TEST_F(ParserTest, deep_comments_and_long_parameter_lists) {
+    std::string opened, closed, parameters;
+    for (int i = 0; i < 50000; ++i) {
+        opened += "(((((/ ";
+        closed += ")))))/ ";
+        parameters += ";/ p" + std::to_string(i) + "=\"v\"";
+    }
+    EXPECT_EQ(parse("MIME-Version: 1.0 " + opened + closed + "/Content-Type: a|b" + parameters + "//"), "a/b \"\"");
+    int count = 0;
+    for (const ms* node = record(0).contentTypeParams; node; node = node->next) ++count;
+    EXPECT_EQ(count, 50000);
+    take_log();
 }
 
 TEST(PoolTest, levels_are_found_by_text) {
