@@ -76,12 +76,12 @@ struct Log : Scratch {
 struct LogThreads : Log {};
 
 TEST_F(Log, writes_one_record_that_no_text_can_forge) {
-    const struct {
+    struct Row {
         const char* application;
         const char* text;
-        const char* record;
-    } rows[] = {
-        {"app", "Call: failed.", "1 app Call: failed."},
+        std::string record;
+    };
+    const Row rows[] = {
         {"app", "%s%n%d", "1 app %s%n%d"},
         {"app", "LF\n", "1 app LF"},
         {"app", "CR LF\r\n", "1 app CR LF"},
@@ -94,14 +94,13 @@ TEST_F(Log, writes_one_record_that_no_text_can_forge) {
         {nullptr, "\n", "1 - "},
         {"my app\n1", "x", "1 my\\x20app\\n1 x"},
     };
-    std::vector<std::string> expected;
-    for (const auto& row : rows) {
+    for (const Row& row : rows) {
         errno = EXDEV;
         LogMessage(1, row.application, row.text);
         EXPECT_EQ(errno, EXDEV);
-        expected.emplace_back(row.record);
+        EXPECT_EQ(records("stderr").back(), row.record);
     }
-    EXPECT_EQ(records("stderr"), expected);
+    EXPECT_EQ(records("stderr").size(), std::size(rows));
 }
 
 TEST_F(Log, keeps_long_texts_whole) {
@@ -122,38 +121,33 @@ TEST_F(Log, tells_the_local_time) {
     for (const auto& [name, offset] : {std::pair{"UTC0", "+00:00"}, {"XST3:30", "-03:30"}, {"YST-5:45", "+05:45"}}) {
         ::setenv("TZ", name, 1);
         ::tzset();
-        const std::time_t now = std::time(nullptr);
+        std::filesystem::resize_file(path("stderr"), 0);
         LogMessage(1, "app", name);
-        const std::string all = content("stderr");
-        const std::string line = all.substr(all.rfind('\n', all.size() - 2) + 1);
+        const std::string line = content("stderr");
         EXPECT_EQ(line.substr(23, 6), offset);
         std::tm parsed{};
         ASSERT_TRUE(::strptime(line.c_str(), "%Y-%m-%dT%H:%M:%S", &parsed));
-        EXPECT_NEAR(static_cast<double>(std::mktime(&parsed)), static_cast<double>(now), 2.0) << name;
+        EXPECT_LE(std::abs(std::difftime(std::mktime(&parsed), std::time(nullptr))), 2.0) << name;
     }
     zone ? ::setenv("TZ", before.c_str(), 1) : ::unsetenv("TZ");
     ::tzset();
 }
 
 TEST_F(Log, writes_the_levels_that_are_wanted) {
-    const struct {
-        const char* setting;
-        std::vector<std::string> written;
-    } rows[] = {
-        {"", {"1 a ", "3 a ", "6 a ", "16 a "}},
-        {"Levels=all\n", {"1 a ", "3 a ", "6 a ", "16 a "}},
-        {"Levels=\n", {"1 a ", "3 a ", "6 a ", "16 a "}},
-        {"Levels=errors\n", {"1 a ", "3 a ", "6 a ", "16 a "}},
-        {"Levels=1\n", {"1 a "}},
-        {"Levels=3, 1 ,x,,\n", {"1 a ", "3 a "}},
-        {"Levels=1x,16\n", {"16 a "}},
-        {"Levels=7,99999999999\n", {}},
-    };
-    for (const auto& row : rows) {
+    const std::pair<const char*, const char*> rows[] = {{"", "1 3 6 16 "},
+                                                        {"Levels=all", "1 3 6 16 "},
+                                                        {"Levels=", "1 3 6 16 "},
+                                                        {"Levels=errors", "1 3 6 16 "},
+                                                        {"Levels=3, 1 ,x,,", "1 3 "},
+                                                        {"Levels=1x,16", "16 "},
+                                                        {"Levels=7,99999999999", ""}};
+    for (const auto& [setting, expected] : rows) {
         std::filesystem::resize_file(path("stderr"), 0);
-        configure(std::string("[log]\n") + row.setting);
-        for (const int level : {1, 3, 6, 16}) LogMessage(level, "a", "");
-        EXPECT_EQ(records("stderr"), row.written) << row.setting;
+        configure(std::string("[log]\n") + setting + "\n");
+        std::string written;
+        for (const int level : {1, 3, 6, 16}) LogMessage(level, "", "");
+        for (const std::string& record : records("stderr")) written += record.substr(0, record.find('-'));
+        EXPECT_EQ(written, expected) << setting;
     }
 }
 

@@ -16,52 +16,47 @@ struct ProfileRead : Scratch {};
 
 TEST_F(ProfileRead, understands_the_syntax) {
     struct Row {
-        const char* name;
         std::string text;
         const char* section;
         const char* key;
         const char* value;
     };
     const Row rows[] = {
-        {"plain", "[A]\nk=v\n", "A", "k", "v"},
-        {"section in any case", "[GateWay]\nk=v\n", "gATEwAY", "k", "v"},
-        {"section that begins alike", "[AB]\nk=v\n", "A", "k", "-"},
-        {"key in its own case only", "[A]\nbounce=1\nBounce=2\n", "A", "Bounce", "2"},
-        {"first of two keys", "[A]\nk=1\nk=2\n", "A", "k", "1"},
-        {"a section in two pieces", "[A]\nx=1\n[B]\nk=0\n[a]\nk=2\nx=3\n", "A", "k", "2"},
-        {"first of two pieces", "[A]\nx=1\n[B]\n[a]\nx=3\n", "A", "x", "1"},
-        {"blanks around all", " \t[ A ] junk\n \t k \t = \t v w \t\n", "A", "k", "v w"},
-        {"CR LF", "[A]\r\nk=v\r\nl=w\r\n", "A", "k", "v"},
-        {"no last line end", "[A]\nk=v", "A", "k", "v"},
-        {"quotes", "[A]\nk = \" v \" \n", "A", "k", " v "},
-        {"one pair of quotes", "[A]\nk=\"\"v\"\"\n", "A", "k", "\"v\""},
-        {"quotes around nothing", "[A]\nk=\"\"\n", "A", "k", ""},
-        {"one quote is no pair", "[A]\nk=\"\n", "A", "k", "\""},
-        {"quote at one end", "[A]\nk=\"v\n", "A", "k", "\"v"},
-        {"single quotes stay", "[A]\nk='v'\n", "A", "k", "'v'"},
-        {"empty value", "[A]\nk=\nl=w\n", "A", "k", ""},
-        {"blank value", "[A]\nk= \t \r\n", "A", "k", ""},
-        {"second equals sign", "[A]\nk=a=b\n", "A", "k", "a=b"},
-        {"comments", "[A]\n;k=1\n #k=2\n; [B]\nk=3\n", "A", "k", "3"},
-        {"nothing behind a value is a comment", "[A]\nk=v ; w # x\n", "A", "k", "v ; w # x"},
-        {"line without equals sign", "[A]\nk\nk=v\n", "A", "k", "v"},
-        {"before any section", "k=v\n[A]\n", "", "k", "-"},
-        {"section without a name", "[]\nk=v\n", "", "k", "-"},
-        {"empty key", "[A]\n=v\n", "A", "k", "-"},
-        {"broken section ends the one before", "[A]\n[B\nk=v\n", "A", "k", "-"},
-        {"broken section has no name", "[A]\n[B\nk=v\n", "B", "k", "-"},
-        {"byte order mark", "\xEF\xBB\xBF[A]\nk=v\n", "A", "k", "v"},
-        {"bytes above 127", "[\xC4]\nk=\xE4\xFF\n", "\xC4", "k", "\xE4\xFF"},
-        {"no other case of bytes above 127", "[\xC4]\nk=v\n", "\xE4", "k", "-"},
-        {"a value ends at its NUL", std::string("[A]\nk=v\0w\n", 10), "A", "k", "v"},
-        {"NULs all over", std::string("[A\0]\nk\0=v\n", 11), "A", "k", "-"},
-        {"carriage return inside", "[A]\nk=v\rw\n", "A", "k", "v\rw"},
-        {"empty file", "", "A", "k", "-"},
-        {"long line", std::string("[A]\n") + std::string(200'000, 'x') + "\nk=v\n", "A", "k", "v"},
+        {"[A]\nk=v\n", "A", "k", "v"},
+        {"[GateWay]\nk=v\n", "gATEwAY", "k", "v"},
+        {"[AB]\nk=v\n", "A", "k", "-"},
+        {"[A]\nbounce=1\nBounce=2\n", "A", "Bounce", "2"},
+        {"[A]\nx=1\n[B]\nk=0\n[a]\nk=2\nk=3\n", "A", "k", "2"},
+        {" \t[ A ] junk\n \t k \t = \t v w \t\n", "A", "k", "v w"},
+        {"[A]\r\nk=v\r\nl=w\r\n", "A", "k", "v"},
+        {"[A]\nk=v", "A", "k", "v"},
+        {"[A]\nk = \" v \" \n", "A", "k", " v "},
+        {"[A]\nk=\"\"v\"\"\n", "A", "k", "\"v\""},
+        {"[A]\nk=\"\"\n", "A", "k", ""},
+        {"[A]\nk=\"\n", "A", "k", "\""},
+        {"[A]\nk=\"v\n", "A", "k", "\"v"},
+        {"[A]\nk='v'\n", "A", "k", "'v'"},
+        {"[A]\nk=\nl=w\n", "A", "k", ""},
+        {"[A]\nk= \t \r\n", "A", "k", ""},
+        {"[A]\nk=a=b ; w # x\n", "A", "k", "a=b ; w # x"},
+        {"[A]\n;k=1\n #k=2\n; [B]\nk\nk=3\n", "A", "k", "3"},
+        {"k=v\n[A]\n", "", "k", "-"},
+        {"[]\nk=v\n", "", "k", "-"},
+        {"[A]\n=v\n", "A", "k", "-"},
+        {"[A]\n[B\nk=v\n", "A", "k", "-"},
+        {"[A]\n[B\nk=v\n", "B", "k", "-"},
+        {"\xEF\xBB\xBF[A]\nk=v\n", "A", "k", "v"},
+        {"[\xC4]\nk=\xE4\xFF\n", "\xC4", "k", "\xE4\xFF"},
+        {"[\xC4]\nk=v\n", "\xE4", "k", "-"},
+        {std::string("[A]\nk=v\0w\n", 10), "A", "k", "v"},
+        {std::string("[A\0]\nk\0=v\n", 11), "A", "k", "-"},
+        {"[A]\nk=v\rw\n", "A", "k", "v\rw"},
+        {"", "A", "k", "-"},
+        {"[A]\n" + std::string(200'000, 'x') + "\nk=v\n", "A", "k", "v"},
     };
     for (const Row& row : rows) {
         configure(row.text);
-        EXPECT_EQ(setting(row.section, row.key), row.value) << row.name;
+        EXPECT_EQ(setting(row.section, row.key), row.value) << row.text.substr(0, 80);
     }
 }
 

@@ -18,7 +18,6 @@ int store(const char* section, const char* key, const char* value, const char* f
 
 TEST_F(ProfileWrite, changes_one_setting_and_no_other_byte) {
     struct Row {
-        const char* name;
         std::string before;
         const char* section;
         const char* key;
@@ -26,59 +25,53 @@ TEST_F(ProfileWrite, changes_one_setting_and_no_other_byte) {
         std::string after;
     };
     const Row rows[] = {
-        {"replaces", "[A]\nk=1\nl=2\n", "a", "k", "new", "[A]\nk=new\nl=2\n"},
-        {"keeps what stands around", "[A]\n \tk \t=\t \"old\" \r\nl\r\n", "A", "k", "n", "[A]\n \tk \t=\t n \r\nl\r\n"},
-        {"replaces the one that is read", "[a]\nx\n[A]\nk=1\nk=2\n", "A", "k", "3", "[a]\nx\n[A]\nk=3\nk=2\n"},
-        {"fills an empty value", "[A]\r\nk= \t\r\n", "A", "k", "v", "[A]\r\nk=v \t\r\n"},
-        {"without last line end", "[A]\nk=1", "A", "k", "2", "[A]\nk=2"},
-        {"same value", "[A]\nk = 1", "A", "k", "1", "[A]\nk = 1"},
-        {"junk and NULs stay", std::string("\0[A]\n]\r\n[A]\nk=\0\n\xFF", 17), "A", "k", "v",
-         std::string("\0[A]\n]\r\n[A]\nk=v\n\xFF", 17)},
-        {"adds behind the section's last setting", "[A]\nx=1\n\n; of B\n[B]\n", "A", "k", "v",
-         "[A]\nx=1\nk=v\n\n; of B\n[B]\n"},
-        {"adds to an empty section", "[A]\n;k=0\n[B]\n", "A", "k", "v", "[A]\nk=v\n;k=0\n[B]\n"},
-        {"adds in the file's style", "[A]\r\nx=1\r\n", "A", "k", "v", "[A]\r\nx=1\r\nk=v\r\n"},
-        {"adds behind a cut line", "[A]\r\nx=1", "A", "k", "v", "[A]\r\nx=1\r\nk=v\r\n"},
-        {"adds a section", "[A]\nx=1\n", "B", "k", "v", "[A]\nx=1\n\n[B]\nk=v\n"},
-        {"adds a section behind a cut line", "; only\r\n[A]", "B", "k", "v", "; only\r\n[A]\r\n\r\n[B]\r\nk=v\r\n"},
-        {"to an empty file", "", "A", "k", "v", "[A]\nk=v\n"},
-        {"never to a broken section", "[A\nx=1\n", "A", "k", "v", "[A\nx=1\n\n[A]\nk=v\n"},
-        {"keeps a byte order mark", "\xEF\xBB\xBF[A]\nk=1\n", "A", "k", "2", "\xEF\xBB\xBF[A]\nk=2\n"},
-        {"quotes for blanks", "", "A", "k", " v\t", "[A]\nk=\" v\t\"\n"},
-        {"quotes for quotes", "", "A", "k", "\"v\"", "[A]\nk=\"\"v\"\"\n"},
-        {"no quotes for one quote", "", "A", "k", "\"", "[A]\nk=\"\n"},
-        {"empty value", "[A]\nk=1\n", "A", "k", "", "[A]\nk=\n"},
-        {"odd names", "", "a b[;", "k ;]#\xE4", "=;[", "[a b[;]\nk ;]#\xE4==;[\n"},
-        {"removes all of the name", "[A]\nk=1\nK=2\r\n k = 3\n[B]\nk=4\n[a]\nk=5", "A", "k", nullptr,
-         "[A]\nK=2\r\n[B]\nk=4\n[a]\n"},
-        {"removes what is not there", "[A]\nx=1", "A", "k", nullptr, "[A]\nx=1"},
+        {"[A]\nk=1\nl=2\n", "a", "k", "new", "[A]\nk=new\nl=2\n"},
+        {"[A]\n \tk \t=\t \"old\" \r\nl\r\n", "A", "k", "n", "[A]\n \tk \t=\t n \r\nl\r\n"},
+        {"[a]\nx\n[A]\nk=1\nk=2\n", "A", "k", "3", "[a]\nx\n[A]\nk=3\nk=2\n"},
+        {"[A]\r\nk= \t\r\n", "A", "k", "v", "[A]\r\nk=v \t\r\n"},
+        {"[A]\nk=1", "A", "k", "2", "[A]\nk=2"},
+        {"[A]\nk = 1", "A", "k", "1", "[A]\nk = 1"},
+        {{"\0[A]\n]\r\n[A]\nk=\0\n\xFF", 17}, "A", "k", "v", {"\0[A]\n]\r\n[A]\nk=v\n\xFF", 17}},
+        {"[A]\nx=1\n\n; of B\n[B]\n", "A", "k", "v", "[A]\nx=1\nk=v\n\n; of B\n[B]\n"},
+        {"[A]\n;k=0\n[B]\n", "A", "k", "v", "[A]\nk=v\n;k=0\n[B]\n"},
+        {"[A]\r\nx=1\r\n", "A", "k", "v", "[A]\r\nx=1\r\nk=v\r\n"},
+        {"[A]\r\nx=1", "A", "k", "v", "[A]\r\nx=1\r\nk=v\r\n"},
+        {"[A]\nx=1\n", "B", "k", "v", "[A]\nx=1\n\n[B]\nk=v\n"},
+        {"; only\r\n[A]", "B", "k", "v", "; only\r\n[A]\r\n\r\n[B]\r\nk=v\r\n"},
+        {"", "A", "k", "v", "[A]\nk=v\n"},
+        {"[A\nx=1\n", "A", "k", "v", "[A\nx=1\n\n[A]\nk=v\n"},
+        {"\xEF\xBB\xBF[A]\nk=1\n", "A", "k", "2", "\xEF\xBB\xBF[A]\nk=2\n"},
+        {"", "A", "k", " v\t", "[A]\nk=\" v\t\"\n"},
+        {"", "A", "k", "\"v\"", "[A]\nk=\"\"v\"\"\n"},
+        {"", "A", "k", "\"", "[A]\nk=\"\n"},
+        {"[A]\nk=1\n", "A", "k", "", "[A]\nk=\n"},
+        {"", "a b[;", "k ;]#\xE4", "=;[", "[a b[;]\nk ;]#\xE4==;[\n"},
+        {"[A]\nk=1\nK=2\r\n k = 3\n[B]\nk=4\n[a]\nk=5", "A", "k", nullptr, "[A]\nK=2\r\n[B]\nk=4\n[a]\n"},
+        {"[A]\nx=1", "A", "k", nullptr, "[A]\nx=1"},
     };
     for (const Row& row : rows) {
+        SCOPED_TRACE(row.before);
         configure(row.before);
-        EXPECT_EQ(store(row.section, row.key, row.value), 1) << row.name;
-        EXPECT_EQ(content("ostra.ini"), row.after) << row.name;
-        EXPECT_EQ(setting(row.section, row.key), row.value ? row.value : "-") << row.name;
+        EXPECT_EQ(store(row.section, row.key, row.value), 1);
+        EXPECT_EQ(content("ostra.ini"), row.after);
+        EXPECT_EQ(setting(row.section, row.key), row.value ? row.value : "-");
     }
 }
 
 TEST_F(ProfileWrite, refuses_what_could_not_be_read_back) {
-    struct Row {
-        const char* section;
-        const char* key;
-        const char* value;
-    };
-    const Row rows[] = {
-        {nullptr, "k", "v"}, {"", "k", "v"},     {"A", nullptr, "v"}, {"A", "", "v"},     {"A]", "k", "v"},
-        {" A", "k", "v"},    {"A\t", "k", "v"},  {"A\nB", "k", "v"},  {"A", "k=", "v"},   {"A", "[k", "v"},
-        {"A", ";k", "v"},    {"A", "#k", "v"},   {"A", " k", "v"},    {"A", "k ", "v"},   {"A", "k\nl", "v"},
-        {"A", "k\r", "v"},   {"A", "k", "v\nw"}, {"A", "k", "v\rw"},  {"A", "k", "\r\n"}, {"A\n", "k", nullptr},
-        {"A\rB", "k", "v"},  {"A", "k\rl", "v"},
-    };
     configure("[A]\nk=1\n");
-    for (const Row& row : rows) EXPECT_EQ(store(row.section, row.key, row.value), 0) << (row.key ? row.key : "null");
+    for (const char* section : {static_cast<const char*>(nullptr), "", "A]", " A", "A\t", "A\nB", "A\rB"}) {
+        EXPECT_EQ(store(section, "k", "v"), 0) << testing::PrintToString(section);
+    }
+    for (const char* key :
+         {static_cast<const char*>(nullptr), "", "k=", "[k", ";k", "#k", " k", "k ", "k\nl", "k\rl", "k\r"}) {
+        EXPECT_EQ(store("A", key, "v"), 0) << testing::PrintToString(key);
+    }
+    const std::string more_than_is_read(4 * 1024 * 1024, 'v');
+    for (const char* value : {"v\nw", "v\rw", "\r\n", more_than_is_read.c_str()}) EXPECT_EQ(store("A", "k", value), 0);
+    EXPECT_EQ(store("A\n", "k", nullptr), 0);
     EXPECT_EQ(store("A", "k", "v", nullptr), 0);
     EXPECT_EQ(store("A", "k", "v", ""), 0);
-    EXPECT_EQ(store("A", "k", std::string(4 * 1024 * 1024, 'v').c_str()), 0) << "more than is read";
     EXPECT_EQ(content("ostra.ini"), "[A]\nk=1\n");
 }
 

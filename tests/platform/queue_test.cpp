@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 #include "vel/platform/log.h"
 #include "vel/platform/queue.h"
@@ -11,13 +10,11 @@ namespace {
 
 // Until the queue is built, a caller learns from each call and from the log that nothing was sent.
 TEST(QueueStub, each_call_fails_and_says_so) {
-    std::vector<std::string> lines;
-    LogCaptureStart(
-        [](void* context, int level, const char* application, const char* text) {
-            static_cast<std::vector<std::string>*>(context)->push_back(std::to_string(level) + application + " " +
-                                                                       text);
-        },
-        &lines);
+    std::string lines;
+    const LogCaptureSink sink = [](void* context, int level, const char* application, const char* text) {
+        static_cast<std::string*>(context)->append(std::to_string(level)).append(application).append(text).append("|");
+    };
+    LogCaptureStart(sink, &lines);
     EXPECT_EQ(MQInit("host", "module"), 0);
     EXPECT_EQ(CreateMQEntry(), nullptr);
     EXPECT_EQ(GetMQPathName(nullptr, ".msg"), nullptr);
@@ -26,10 +23,10 @@ TEST(QueueStub, each_call_fails_and_says_so) {
     EXPECT_EQ(CloseMQEntry(nullptr), 0);
     EXPECT_EQ(DiscardMQEntry(nullptr), 0);
     LogCaptureStop();
-    std::vector<std::string> expected;
-    for (const char* call : {"MQInit", "CreateMQEntry", "GetMQPathName", "InsertMQChannel", "PutMQEnvelope",
-                             "CloseMQEntry", "DiscardMQEntry"}) {
-        expected.push_back(std::string("1velmq ") + call + ": this queue library takes no messages yet.");
+    std::string expected;
+    for (const std::string call : {"MQInit", "CreateMQEntry", "GetMQPathName", "InsertMQChannel", "PutMQEnvelope",
+                                   "CloseMQEntry", "DiscardMQEntry"}) {
+        expected += "1velmq" + call + ": this queue library takes no messages yet.|";
     }
     EXPECT_EQ(lines, expected);
 }
