@@ -40,43 +40,37 @@ std::string pieces_of(const std::string& mailbox, const MailboxCutter::Options& 
 }
 
 struct Cut {
-    std::string name, mailbox, pieces;
+    std::string mailbox, pieces;
     MailboxCutter::Options options{};
 };
 
 TEST(MailboxCutterTest, CutsAtSeparatorLines) {
-    const std::string longline(5000, 'x');
+    const std::string long_line(5000, 'x'), blanks(1100, ' '), begin = "[" + kFirst + "|";
     const std::vector<Cut> rows{
-        {"nothing", "", ""},
-        {"blank lines only", "\n \r\n", ""},
-        {"two messages", kFirst + "S: x\n\nbody\n\n" + kSecond + "S: y\r\n\r\nb\r\n\r\n",
-         "[" + kFirst + "|S: x\n\nbody\n][" + kSecond + "|S: y\r\n\r\nb\r\n]"},
-        {"the blank line of the header stays", kFirst + "S: x\n\n" + kSecond + "\n",
-         "[" + kFirst + "|S: x\n\n][" + kSecond + "|\n]"},
-        {"one of two blank lines stays", kFirst + "\n\n\n" + kSecond, "[" + kFirst + "|\n\n][" + kSecond + "|]"},
-        {"no blank line before", kFirst + "S: x\n" + kSecond + "y", "[" + kFirst + "|S: x\n][" + kSecond + "|y]"},
-        {"text before", "\npre\n\n" + kFirst + "x\n", "[|pre\n\n][" + kFirst + "|x\n]"},
-        {"a long line that begins with blanks", std::string(1100, ' ') + "x\n", "[|" + std::string(1100, ' ') + "x\n]"},
-        {"a long line of blanks", std::string(1023, ' ') + "\n", "[|" + std::string(1023, ' ') + "\n]"},
-        {"no separators", "From me\nFrom a: b: 19x9\n From a: b: 1999\n",
-         "[|From me\nFrom a: b: 19x9\n From a: b: 1999\n]"},
-        {"inside a long line", kFirst + longline + kSecond + "\n" + longline,
-         "[" + kFirst + "|" + longline + kSecond + "\n" + longline + "]"},
-        {"a long line like a separator", kFirst + "From " + longline + ":: 1999\n",
-         "[" + kFirst + "|From " + longline + ":: 1999\n]"},
-        {"quotes stay", kFirst + "\n>From x\n>>From\n", "[" + kFirst + "|\n>From x\n>>From\n]"},
-        {"quotes taken off",
-         kFirst + "\n>From x\n>>From y\n>Fromm\n> From\n",
-         "[" + kFirst + "|\nFrom x\n>From y\n>Fromm\n> From\n]",
+        {"", ""},
+        {"\n \r\n", ""},
+        {kFirst + "S: x\n\nbody\n\n" + kSecond + "S: y\r\n\r\nb\r\n\r\n",
+         begin + "S: x\n\nbody\n][" + kSecond + "|S: y\r\n\r\nb\r\n]"},
+        {kFirst + "S: x\n\n" + kSecond + "\n", begin + "S: x\n\n][" + kSecond + "|\n]"},
+        {kFirst + "\n\n\n" + kSecond, begin + "\n\n][" + kSecond + "|]"},
+        {kFirst + "S: x\n" + kSecond + "y", begin + "S: x\n][" + kSecond + "|y]"},
+        {"\npre\n\n" + kFirst + "x\n", "[|pre\n\n]" + begin + "x\n]"},
+        {blanks + "x\n", "[|" + blanks + "x\n]"},
+        {blanks.substr(77) + "\n", "[|" + blanks.substr(77) + "\n]"},
+        {"From me\nFrom a: b: 19x9\n From a: b: 1999\n", "[|From me\nFrom a: b: 19x9\n From a: b: 1999\n]"},
+        {kFirst + long_line + kSecond + "\n" + long_line, begin + long_line + kSecond + "\n" + long_line + "]"},
+        {kFirst + "From " + long_line + ":: 1999\n", begin + "From " + long_line + ":: 1999\n]"},
+        {kFirst + "\n>From x\n>>From\n", begin + "\n>From x\n>>From\n]"},
+        {kFirst + "\n>From x\n>>From y\n>Fromm\n> From\n",
+         begin + "\nFrom x\n>From y\n>Fromm\n> From\n]",
          {.unquote = true}},
-        {"all kept but blank lines at the very beginning",
-         "\n" + kFirst + "S: x\n\nbody\n\n" + kSecond + "\n\n\n",
-         "[" + kFirst + "|" + kFirst + "S: x\n\nbody\n\n][" + kSecond + "|" + kSecond + "\n\n\n]",
+        {"\n" + kFirst + "S: x\n\nbody\n\n" + kSecond + "\n\n\n",
+         begin + kFirst + "S: x\n\nbody\n\n][" + kSecond + "|" + kSecond + "\n\n\n]",
          {.keep_separator = true}},
     };
     for (const Cut& row : rows) {
         for (const std::size_t block : {std::size_t{1}, std::size_t{7}, std::size_t{65536}}) {
-            EXPECT_EQ(pieces_of(row.mailbox, row.options, block), row.pieces) << row.name << ", blocks of " << block;
+            EXPECT_EQ(pieces_of(row.mailbox, row.options, block), row.pieces) << "blocks of " << block;
         }
     }
 }
