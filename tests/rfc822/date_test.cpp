@@ -47,15 +47,12 @@ constexpr Case kRfc822[] = {
     {"Mon, 1 Feb 99 10:20 EST", "1999-2-1 10:20:0 -300 1", "Mon, 1 Feb 1999 10:20 -0500", "kept_weekday_is_computed"},
     {"Nonsense,. 1 Feb 99 10:20 EST", "1999-2-1 10:20:0 -300 1", "Mon, 1 Feb 1999 10:20 -0500",
      "kept_wrong_weekday_is_not_noticed"},
-    {" 31 Dec 1980", "1980-12-31 0:0:0 0 0", "Wed, 31 Dec 1980 00:00 +0000"},
     {"Sat 1 Jan 00 1", "2000-1-1 1:0:0 0 0", "Sat, 1 Jan 2000 01:00 +0000"},
     {"Sun,\r\n\t29 \t February\v2004\r\n 23 : 59 :59 +1300", "2004-2-29 23:0:0 0 0", "Sun, 29 Feb 2004 23:00 +0000"},
     {"29 Feb 2004 23 :59 :58Z", "2004-2-29 23:59:58 0 3", "Sun, 29 Feb 2004 23:59:58 +0000"},
     {"Fri, 1Aug1997 1:2:3GMT", "1997-8-1 1:2:3 0 3", "Fri, 1 Aug 1997 01:02:03 +0000"},
-    {"1 Aug 1997 1:2:3 UTC", "1997-8-1 1:2:3 0 2", "Fri, 1 Aug 1997 01:02:03 +0000"},
     {"1 Aug 1997 1:2 -0130", "1997-8-1 1:2:0 -90 1", "Fri, 1 Aug 1997 01:02 -0130"},
     {"1 Aug 37", "2037-8-1 0:0:0 0 0", "Sat, 1 Aug 2037 00:00 +0000"},
-    {"1 Aug 80", "1980-8-1 0:0:0 0 0", "Fri, 1 Aug 1980 00:00 +0000"},
     {"1 Aug 099", "1999-8-1 0:0:0 0 0", "Sun, 1 Aug 1999 00:00 +0000"},
     {"1 Aug 1999 10:", "1999-8-1 10:0:0 0 0", "Sun, 1 Aug 1999 10:00 +0000", "kept_ends_early"},
     {"1 Aug 1999 10:11:", "1999-8-1 10:11:0 0 2", "Sun, 1 Aug 1999 10:11:00 +0000"},
@@ -73,7 +70,6 @@ constexpr const char* kNoRfc822 =
 constexpr Case kCtime[] = {
     {"Wed Jun 30 21:49:08 1993\n", "1993-6-30 21:49:8 -300 3"},
     {"Fri Jan  1 01:02:03 1993", "1993-1-1 1:2:3 -300 3", "", "kept_local_time_is_standard_time"},
-    {"Wed, Jun 30 21:49 93", "1993-6-30 21:49:0 -300 1"},
     {"Jun 30 21:49:08 PDT 1993", "1993-6-30 21:49:8 -420 3"},
     {"Wed Jun 30 21:49:08 EST5 1993", "2005-6-30 21:49:8 -300 3"},
     {"Wed Jun 30 21:49:08 GMT 1993", "1993-6-30 21:49:8 -300 3", "", "kept_offset_0_is_local"},
@@ -186,7 +182,6 @@ constexpr Now kNow[] = {
     {"UTC0", 0, "Thu, 1 Jan 1970 00:00:00 +0000"},
     {"IST-5:30", 0, "Thu, 1 Jan 1970 05:30:00 +0530"},
     {"NST3:30", 0, "Wed, 31 Dec 1969 20:30:00 -0330"},
-    {"PHOT-13", 0, "Thu, 1 Jan 1970 13:00:00 +1300"},
     {"NZST-12NZDT,0/0,364/0", 86400 * 30, "Sat, 31 Jan 1970 13:00:00 -1100", "kept_summer_beyond_twelve_hours_east"},
     {"LHST-10:30LHDT-11,0/0,364/0", 86400 * 30, "Sat, 31 Jan 1970 11:00:00 +1130", "kept_summer_is_one_hour"},
 #if __SIZEOF_POINTER__ == 8
@@ -206,29 +201,6 @@ TEST_F(Date, writes_local_time) {
     }
     ::setenv("TZ", zone_of_the_tests.c_str(), 1);
     ::tzset();
-}
-
-// What parses is written as a text that parses to the same.
-TEST_F(Date, random_text_parses_to_itself_or_not_at_all) {
-    constexpr const char* kPieces[] = {"Mon", ",",     " ",  "\t",   "1",    "31",    "Feb", "Aug",
-                                       "May", "99",    "00", "1999", "2037", "10:20", ":",   ":59",
-                                       "EST", "+0130", "-",  "9",    "(",    "\xff"};
-    Random random(822);
-    int dates = 0;
-    for (int round = 0; round < 100000; ++round) {
-        std::string text = random.below(2) ? "Mon, 1 Feb 99" : "Feb 1 10:20 1999";
-        if (random.below(4) == 0) text.clear();
-        for (uint32_t n = random.below(10); n > 0; --n) text += kPieces[random.below(std::size(kPieces))];
-        for (Parser* parser : {rfc2UTC, ctime2UTC}) {
-            const auto time = parse(parser, text);
-            if (!time || std::abs(time->zone) >= 100 * 60) continue;
-            const auto again = parse(rfc2UTC, formatted(*time));
-            time->flags |= 1;
-            ASSERT_EQ(fields(again.get()), fields(time.get())) << text;
-            ++dates;
-        }
-    }
-    EXPECT_GT(dates, 10000);
 }
 
 }  // namespace

