@@ -107,18 +107,20 @@ std::string taken(char* text) {
     return result;
 }
 
-void replace_all(std::string& text, std::string_view from, std::string_view to) {
-    for (std::size_t at = 0; (at = text.find(from, at)) != text.npos; at += to.size())
-        text.replace(at, from.size(), to);
+std::string replaced(const std::string& text, std::string_view from, std::string_view to) {
+    std::string result;
+    std::size_t at = 0;
+    for (std::size_t place; (place = text.find(from, at)) != text.npos; at = place + from.size()) {
+        result.append(text, at, place - at).append(to);
+    }
+    return result.append(text, at);
 }
 
 // The lines of words made one again. A line end stands within a text that was cut, or before a word, or in the
 // place of the blank behind one.
-std::string unfolded(std::string words, const std::string& prefix) {
-    replace_all(words, "?=\r\n " + prefix, "");
-    replace_all(words, "?=\r\n ", "?= ");
-    replace_all(words, "\r\n ", "");
-    return words;
+std::string unfolded(const std::string& words, const std::string& prefix) {
+    const std::string uncut = replaced(words, "?=\r\n " + prefix, "");
+    return replaced(replaced(uncut, "?=\r\n ", "?= "), "\r\n ", "");
 }
 
 std::string through_q(const std::string& text, std::size_t) {
