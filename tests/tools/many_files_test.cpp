@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <csignal>
 #include <thread>
 
@@ -112,11 +111,7 @@ TEST_F(ManyFilesThreads, LeaveNoHalfFileWhenInterrupted) {
     arguments.insert(arguments.end(), 2000, file("m.eml", "Subject: x\r\n\r\n" + std::string(kSize, 'x')));
     const int null = ::open("/dev/null", O_RDWR | O_CLOEXEC);
     const pid_t process = start(arguments, null, null);
-    const auto patience = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    while (!std::filesystem::exists(target() + "/part-0-3.txt")) {
-        ASSERT_LT(std::chrono::steady_clock::now(), patience);
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
+    await("file 3", [&] { return std::filesystem::exists(target() + "/part-0-3.txt"); });
     ::kill(process, SIGINT);
     EXPECT_EQ(wait_for(process), -SIGINT);
     for (const auto& entry : std::filesystem::directory_iterator(target())) {

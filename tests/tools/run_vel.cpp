@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 
 namespace vel::test {
@@ -34,10 +35,19 @@ pid_t CommandTest::start(const std::vector<std::string>& arguments, int in, int 
     posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, (directory() / "stderr").c_str(),
                                      O_WRONLY | O_CREAT | O_TRUNC, 0600);
     if (error != -1) posix_spawn_file_actions_adddup2(&actions, error, STDERR_FILENO);
+    posix_spawnattr_t attributes;  // a test that is run in the background ignores these, its command shall not
+    sigset_t interruptions;
+    ::sigemptyset(&interruptions);
+    for (const int signal : {SIGINT, SIGQUIT, SIGTERM}) ::sigaddset(&interruptions, signal);
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setsigdefault(&attributes, &interruptions);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
     pid_t process = -1;
-    EXPECT_EQ(posix_spawn(&process, VEL_COMMAND, &actions, nullptr, pointers(texts).data(), pointers(settings).data()),
-              0);
+    EXPECT_EQ(
+        posix_spawn(&process, VEL_COMMAND, &actions, &attributes, pointers(texts).data(), pointers(settings).data()),
+        0);
     posix_spawn_file_actions_destroy(&actions);
+    posix_spawnattr_destroy(&attributes);
     return process;
 }
 
