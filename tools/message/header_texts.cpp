@@ -1,6 +1,7 @@
 #include "tools/message/header_texts.h"
 
 #include <algorithm>
+#include <map>
 #include <utility>
 
 #include "tools/io/lines.h"
@@ -9,6 +10,8 @@
 
 namespace vel::command {
 namespace {
+
+constexpr std::string_view kCut = "...";
 
 class Collector {
   public:
@@ -36,22 +39,29 @@ class Collector {
         const std::size_t colon = std::min(line.size(), line.find(':'));
         const std::string_view name = trimmed(line.substr(0, colon));
         const auto* found = std::find_if(names_.begin(), names_.end(), [&](auto wanted) { return same(wanted, name); });
-        wanted_ = found != names_.end() && colon < line.size() && size_ < kMostHeaderText;
-        if (wanted_) fields_.push_back({*found, {}});
-        return wanted_ ? line.substr(colon + 1) : line;
+        wanted_ = found != names_.end() && colon < line.size() && sizes_[*found] < kMostHeaderText;
+        if (!wanted_) return line;
+        ++sizes_[*found];  // an empty one counts, too
+        fields_.push_back({*found, {}});
+        return line.substr(colon + 1);
     }
 
     void add(std::string_view text) {
         if (text.ends_with('\n')) text.remove_suffix(1);
         if (text.ends_with('\r')) text.remove_suffix(1);
-        text = cut_to(text, kMostHeaderText - size_);
-        size_ += text.size();
-        fields_.back().text += text;
+        HeaderText& field = fields_.back();
+        std::size_t& size = sizes_[field.name];
+        const std::string_view kept = cut_to(text, kMostHeaderText - std::min(kMostHeaderText, size));
+        size += text.size();
+        field.text += kept;
+        if (kept.size() == text.size()) return;
+        field.text += kCut;
+        wanted_ = false;
     }
 
     const std::initializer_list<std::string_view> names_;
     std::vector<HeaderText> fields_;
-    std::size_t size_ = 0;
+    std::map<std::string_view, std::size_t> sizes_;  // of all fields of a name
     bool line_ended_ = true;
     bool wanted_ = false;  // the field that the line belongs to
 };

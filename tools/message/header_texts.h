@@ -16,7 +16,7 @@ struct HeaderText {
     std::string text;       // unfolded, with one blank for each fold
 };
 
-// Of all fields together so much text is kept: more than a person reads.
+// Of all fields of a name so much text is kept, and "..." put for the rest: more than a person reads.
 constexpr std::size_t kMostHeaderText = 65536;
 
 // The fields of these names between two offsets of a file, in their order. Throws Failure.

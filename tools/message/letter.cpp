@@ -57,7 +57,7 @@ class Letter {
         try {
             show();
         } catch (const Failure& failure) {
-            output_.complain(message_.name, "part " + std::to_string(index) + ": " + failure.what());
+            complain(index, std::string(": ").append(failure.what()));
             list(index, size_of_body(message_.record(index)));
         }
     }
@@ -67,27 +67,33 @@ class Letter {
         const int parent = message_.tree.parent(index);
         if (parent != kNoParent) write_note("part " + std::to_string(parent) + ", an enclosed message:");
         const std::string fields = chief_fields(message_.input.path, {record.headerStart, record.bodyStart});
-        if (!fields.empty()) output_.write((parent == kNoParent ? "" : "\n") + fields);
+        if (!fields.empty() && parent != kNoParent) output_.write("\n");
+        output_.write(fields);
     }
 
-    void write_note(const std::string& text) { output_.write("\n" + text + "\n"); }
+    void write_note(const std::string& text) { output_.write(std::string("\n").append(text).append("\n")); }
 
     BodyFile body_of(int index) {
         MimeMsg& record = message_.record(index);
-        BodyFile body =
-            write_body(record, hides_content_in_header(record) ? Form::raw : Form::decoded, session_.scratch);
-        if (!body.decoded && is_encoded(record)) {
-            output_.complain(message_.name, "part " + std::to_string(index) + " does not decode; shown as it stands");
-        }
+        return write_body(record, hides_content_in_header(record) ? Form::raw : Form::decoded, session_.scratch);
+    }
+
+    BodyFile text_of_part(int index) {
+        BodyFile body = body_of(index);
+        if (!body.decoded && is_encoded(message_.record(index)))
+            complain(index, " does not decode; shown as it stands");
         return body;
     }
 
+    void complain(int index, const std::string& what) {
+        output_.complain(message_.name, std::string("part ").append(std::to_string(index)).append(what));
+    }
+
     void write_text(int index) {
-        const BodyFile body = body_of(index);
+        const BodyFile body = text_of_part(index);
         const std::string charset = charset_of(message_.record(index));
         if (!known_charset(charset)) {
-            output_.complain(message_.name, "part " + std::to_string(index) + ": charset \"" + charset +
-                                                "\" is not known; its text is shown as it stands");
+            complain(index, ": charset \"" + charset + "\" is not known; its text is shown as it stands");
         }
         if (size_of(body.file) > 0) write_file(body.file.get(), charset);
     }
@@ -120,7 +126,7 @@ class Letter {
             write_note("part " + std::to_string(index) + " is text in HTML only: --html-as-text shows it");
             return list(index);
         }
-        const BodyFile body = body_of(index);
+        const BodyFile body = text_of_part(index);
         const PrivateFile text = html_as_text(body.file.get(), charset_of(message_.record(index)), session_.scratch);
         write_file(text.path(), kUtf8);
     }
