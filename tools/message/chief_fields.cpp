@@ -27,7 +27,8 @@ void add_addresses(Facts& facts, std::string_view label, const std::string& list
 }  // namespace
 
 std::string chief_fields(const std::string& path, Range block) {
-    const std::vector<HeaderText> fields = header_texts(path, block, {"From", "To", "Cc", "Date", "Subject"});
+    LineReader lines(path);
+    const std::vector<HeaderText> fields = header_texts(lines, block, {"From", "To", "Cc", "Date", "Subject"});
     Facts facts;
     for (const std::string_view name : {"From", "To", "Cc"}) {
         for (const HeaderText& field : fields) {

@@ -4,7 +4,6 @@
 #include <map>
 #include <utility>
 
-#include "tools/io/lines.h"
 #include "tools/text/ascii.h"
 #include "tools/text/utf8.h"
 
@@ -68,9 +67,7 @@ class Collector {
 
 }  // namespace
 
-std::vector<HeaderText> header_texts(const std::string& path, Range block,
-                                     std::initializer_list<std::string_view> names) {
-    LineReader lines(path);
+std::vector<HeaderText> header_texts(LineReader& lines, Range block, std::initializer_list<std::string_view> names) {
     lines.go_to(block.start);
     Collector collector(names);
     while (lines.position() < block.end) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tools/io/library_owned.h"
+#include "tools/io/lines.h"
 
 namespace vel::command {
 
@@ -20,8 +21,7 @@ struct HeaderText {
 constexpr std::size_t kMostHeaderText = 65536;
 
 // The fields of these names between two offsets of a file, in their order. Throws Failure.
-std::vector<HeaderText> header_texts(const std::string& path, Range block,
-                                     std::initializer_list<std::string_view> names);
+std::vector<HeaderText> header_texts(LineReader& lines, Range block, std::initializer_list<std::string_view> names);
 
 }  // namespace vel::command
 

@@ -29,7 +29,7 @@ Json texts_json(const ms* chain) {
     return texts;
 }
 
-Json part_json(const ParsedMessage& message, int index) {
+Json part_json(const ParsedMessage& message, int index, LineReader& lines) {
     const MimeMsg& record = message.record(index);
     const int parent = message.tree.parent(index);
     Json children = Json::array();
@@ -54,7 +54,7 @@ Json part_json(const ParsedMessage& message, int index) {
         {"body_end", record.bodyEnd},
         {"children", std::move(children)},
         {"decoded",
-         {{"name", readable_json(given_name(record))}, {"description", readable_json(description_of(record))}}},
+         {{"name", readable_json(given_name(record))}, {"description", readable_json(description_of(record, lines))}}},
     };
 }
 
@@ -113,9 +113,10 @@ void write_json(const ParsedMessage& message, Output& output) {
     std::string text = one_line(facts);
     text.back() = ',';
     output.write(text.append("\"parts\":["));
+    LineReader lines(message.input.path);
     for (int i = 0; i < message.tree.count(); ++i) {
         if (i > 0) output.write(",");
-        output.write(one_line(part_json(message, i)));
+        output.write(one_line(part_json(message, i, lines)));
     }
     output.write("]}\n");
 }

@@ -80,9 +80,9 @@ std::optional<Readable> given_name(const MimeMsg& record) {
     return name->text.empty() ? std::nullopt : name;
 }
 
-std::optional<Readable> description_of(const MimeMsg& record) {
+std::optional<Readable> description_of(const MimeMsg& record, LineReader& lines) {
     if (!record.contentDescription) return std::nullopt;
-    const auto fields = header_texts(record.fileName, {record.headerStart, record.bodyStart}, {"Content-Description"});
+    const auto fields = header_texts(lines, {record.headerStart, record.bodyStart}, {"Content-Description"});
     return readable(fields.empty() ? text_of(record.contentDescription) : std::string_view(fields.back().text));
 }
 

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "tools/io/lines.h"
 #include "tools/text/readable.h"
 #include "vel/mime.h"
 
@@ -14,8 +15,9 @@ namespace vel::command {
 // MimeGetBody has found in a uuencoded or BinHex body. Nothing when there is none or it is empty.
 std::optional<Readable> given_name(const MimeMsg& record);
 
-// Its Content-Description, continuation lines too, of which the record has only the first line. Throws Failure.
-std::optional<Readable> description_of(const MimeMsg& record);
+// Its Content-Description, continuation lines too, of which the record has only the first line. lines are
+// those of its file. Throws Failure.
+std::optional<Readable> description_of(const MimeMsg& record, LineReader& lines);
 
 // "text/plain"; what a record without a type is: text.
 std::string type_of(const MimeMsg& record);
