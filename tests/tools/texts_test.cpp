@@ -139,7 +139,8 @@ TEST_F(TextVerbsTest, ExplainDates) {
     }
     const test::Ended lines = run({"date", "-"}, "Tue, 1 Feb 1999 10:20\r\n\nsoon");
     EXPECT_EQ(lines.exit, 65);
-    EXPECT_THAT(lines.out, HasSubstr("weekday     Mon, but the text says Tue\n"));
+    EXPECT_THAT(lines.out,
+                HasSubstr("\nzone        not given, counts as UTC\nweekday     Mon, but the text says Tue\n"));
     EXPECT_EQ(lines.err, "vel: no date: \"\"\nvel: no date: \"soon\"\n");
 }
 
