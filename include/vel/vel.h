@@ -23,12 +23,13 @@
     9. Locks are taken in this order, each only while its entry runs: the header parser's, the
        address parser's; the file pool's locks last.
    10. No C++ exception leaves the library: memory that runs out is a failure like any other.
-   11. The headers are C11 and C++17. What only C++ can say stands in headers of its own. */
+   11. The headers are C11 and C++17. C does not see what only C++ can say. */
 #ifndef VEL_VEL_H
 #define VEL_VEL_H
 
 #include "vel/binhex.h"
 #include "vel/codec.h"
+#include "vel/envelope.h"
 #include "vel/frame.h"
 #include "vel/japanese.h"
 #include "vel/mime.h"

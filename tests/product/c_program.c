@@ -6,6 +6,7 @@
 #include "layout.h"
 #include "vel/binhex.h"
 #include "vel/codec.h"
+#include "vel/envelope.h"
 #include "vel/frame.h"
 #include "vel/japanese.h"
 #include "vel/mime.h"

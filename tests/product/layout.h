@@ -18,6 +18,9 @@ static_assert(sizeof(UTCtime) == 36, "UTCtime");
 static_assert(sizeof(addr822) == 108, "addr822");
 static_assert(sizeof(addrlist822) == 12, "addrlist822");
 static_assert(sizeof(ms) == 8, "ms");
+static_assert(sizeof(_envFrom) == 24, "_envFrom");
+static_assert(sizeof(_envRecip) == 20, "_envRecip");
+static_assert(sizeof(stEnvelope) == 32, "stEnvelope");
 
 static_assert(offsetof(VEL_FILE, pos) == 12, "VEL_FILE.pos");
 static_assert(offsetof(VEL_FILE, buffered) == 36, "VEL_FILE.buffered");
@@ -27,6 +30,7 @@ static_assert(offsetof(MimeMsg, trueName) == 60, "MimeMsg.trueName");
 static_assert(offsetof(MimeMsg, children) == 68, "MimeMsg.children");
 static_assert(offsetof(addr822, received) == 96, "addr822.received");
 static_assert(offsetof(UTCtime, zone) == 28, "UTCtime.zone");
+static_assert(offsetof(stEnvelope, recipients) == 16, "stEnvelope.recipients");
 #endif
 
 static_assert(sizeof(iniFileName) == 16, "iniFileName");
