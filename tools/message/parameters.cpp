@@ -1,9 +1,9 @@
 #include "tools/message/parameters.h"
 
-#include <charconv>
 #include <unordered_map>
 
 #include "tools/text/ascii.h"
+#include "tools/text/hex_escapes.h"
 
 namespace vel::command {
 namespace {
@@ -28,20 +28,7 @@ Parameters by_name(const ms* chain) {
     return result;
 }
 
-std::string without_percent_escapes(std::string_view text) {
-    std::string result;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        unsigned byte = 0;
-        const char* digits = text.data() + i + 1;
-        if (text[i] == '%' && i + 2 < text.size() && std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2) {
-            result += static_cast<char>(byte);
-            i += 2;
-        } else {
-            result += text[i];
-        }
-    }
-    return result;
-}
+std::string without_percent_escapes(std::string_view text) { return without_hex_escapes(text, '%'); }
 
 struct Value {
     std::string bytes;

@@ -1,10 +1,12 @@
 #include "tools/text/encoded_words.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
 #include "tools/text/ascii.h"
 #include "tools/text/charset.h"
+#include "tools/text/hex_escapes.h"
 #include "tools/text/utf8.h"
 
 namespace vel::command {
@@ -14,27 +16,11 @@ constexpr std::string_view kOpening = "=?";
 constexpr std::string_view kClosing = "?=";
 constexpr std::size_t kLongestCharset = 75;  // with its language; a whole word should be no longer
 
-// 0 to 15; -1 for what is no digit.
-constexpr int hex_digit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    const char small = lower(c);
-    return small >= 'a' && small <= 'f' ? small - 'a' + 10 : -1;
-}
-
-// "_" is a blank; an escape that is none stays.
+// "_" is a blank.
 std::string from_q(std::string_view text) {
-    std::string bytes;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const bool escape = text[i] == '=' && text.size() - i > 2;
-        const int high = escape ? hex_digit(text[i + 1]) : -1, low = escape ? hex_digit(text[i + 2]) : -1;
-        if (high >= 0 && low >= 0) {
-            bytes += static_cast<char>(high << 4 | low);
-            i += 2;
-        } else {
-            bytes += text[i] == '_' ? ' ' : text[i];
-        }
-    }
-    return bytes;
+    std::string with_blanks(text);
+    std::replace(with_blanks.begin(), with_blanks.end(), '_', ' ');
+    return without_hex_escapes(with_blanks, '=');
 }
 
 constexpr auto kBase64Values = [] {
