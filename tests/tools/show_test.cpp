@@ -32,11 +32,12 @@ class ShowTest : public CommandTest {
     }
 
     // Puts a shell script in the place of w3m; shows a message in HTML by it.
-    Ended show_by(const std::string& script) const {
+    Ended show_by(const std::string& script,
+                  const std::string& html = "; charset=iso-8859-1\n\ncaf\xe9 \x1b[2J") const {
         shell("");
         std::ofstream(directory() / "bin/w3m") << "#!/bin/bash\n" << script << "\n";
         std::filesystem::permissions(directory() / "bin/w3m", std::filesystem::perms::owner_all);
-        file("m.eml", crlf("MIME-Version: 1.0\nContent-Type: text/html; charset=iso-8859-1\n\n") + "caf\xe9 \x1b[2J");
+        file("m.eml", crlf("MIME-Version: 1.0\nContent-Type: text/html" + html));
         const int exit = shell("vel show --html-as-text m.eml > o 2> e");
         const std::string here = directory().string();
         return {exit, content(here + "/o"), content(here + "/e")};
@@ -124,6 +125,7 @@ TEST_F(ShowTest, HasAProgramMakeTextOfHtml) {
     EXPECT_EQ(done.exit, 0);
     EXPECT_THAT(done.out, HasSubstr("\n<meta charset=\"utf-8\">caf\xc3\xa9 \\x1b[2J\n1\n4\n0\n"))
         << "in UTF-8, harmless";
+    EXPECT_THAT(show_by("cat", "\n\n<META content='text/html; Charset=koi8-r'>\xd4").out, EndsWith(">\xd1\x82\n"));
     const Ended failed = show_by("echo half; exit 3");
     EXPECT_EQ(failed.err, "vel: m.eml: part 0: w3m fails\n");
     EXPECT_THAT(failed.out, EndsWith("\npart  size  type       name\n   0     9  text/html  -\n"));

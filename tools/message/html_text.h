@@ -10,7 +10,7 @@
 namespace vel::command {
 
 // Makes a file of plain text, in UTF-8, out of one of HTML, by w3m or lynx.
-//   charset  that the message names; empty: the HTML says it
+//   charset  that the message names; empty: the one that the HTML names
 // Throws Failure when neither is installed, and when it fails.
 PrivateFile html_as_text(const std::string& file, std::string_view charset, Scratch& scratch);
 
