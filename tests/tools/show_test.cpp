@@ -127,6 +127,7 @@ TEST_F(ShowTest, HasAProgramMakeTextOfHtml) {
         << "in UTF-8, harmless";
     EXPECT_THAT(show_by("cat", "\n\n<META content='text/html; Charset=koi8-r'>\xd4").out, EndsWith(">\xd1\x82\n"));
     const Ended failed = show_by("echo half; exit 3");
+    EXPECT_EQ(failed.exit, kIoError);
     EXPECT_EQ(failed.err, "vel: m.eml: part 0: w3m fails\n");
     EXPECT_THAT(failed.out, EndsWith("\npart  size  type       name\n   0     9  text/html  -\n"));
 }

@@ -76,7 +76,7 @@ PrivateFile html_as_text(const std::string& file, std::string_view charset, Scra
             in_utf8(file, charset.empty() ? charset_named_in(file) : std::string(charset), scratch);
         return filtered(known.path(), *program, browser.arguments, scratch);
     }
-    throw Failure(Exit::no_input, "neither w3m nor lynx is installed");
+    throw Failure(Exit::io_error, "neither w3m nor lynx is installed");
 }
 
 }  // namespace vel::command

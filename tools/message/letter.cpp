@@ -31,7 +31,7 @@ class Letter {
     Letter(const ParsedMessage& message, bool html_as_text, Session& session)
         : message_(message), html_as_text_(html_as_text), session_(session), output_(session.output) {}
 
-    void write() {
+    Exit write() {
         const std::vector<Reads> plan = reading_plan(message_);
         output_.write(heading_of(message_).append("\n"));
         for (const int index : message_.tree.drawing_order()) {
@@ -39,6 +39,7 @@ class Letter {
             attempt(index, [&] { take(index, plan[static_cast<std::size_t>(index)]); });
         }
         write_others();
+        return exit_;
     }
 
   private:
@@ -58,6 +59,7 @@ class Letter {
             show();
         } catch (const Failure& failure) {
             complain(index, std::string(": ").append(failure.what()));
+            exit_ = worse(exit_, failure.exit());
             list(index, size_of_body(message_.record(index)));
         }
     }
@@ -153,13 +155,14 @@ class Letter {
     const bool html_as_text_;
     Session& session_;
     Output& output_;
+    Exit exit_ = Exit::success;  // of what could not be shown
     Table others_{{{"part", Table::Align::right}, {"size", Table::Align::right}, {"type"}, {"name"}}};
 };
 
 }  // namespace
 
-void write_letter(const ParsedMessage& message, bool html_as_text, Session& session) {
-    Letter(message, html_as_text, session).write();
+Exit write_letter(const ParsedMessage& message, bool html_as_text, Session& session) {
+    return Letter(message, html_as_text, session).write();
 }
 
 }  // namespace vel::command

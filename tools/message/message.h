@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/io/exit_code.h"
 #include "tools/io/input.h"
 #include "tools/io/journal.h"
 #include "tools/io/library_owned.h"
@@ -40,6 +41,9 @@ struct ParsedMessage {
     std::vector<Range> uncovered;
 
     MimeMsg& record(int index) const { return *pool->items[index]; }
+
+    // That of a verb which reads the message: the library may have refused it.
+    Exit exit() const { return fallback == Fallback::none ? Exit::success : Exit::bad_data; }
 };
 
 struct ParseOptions {

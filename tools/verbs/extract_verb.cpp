@@ -147,15 +147,15 @@ Exit run_extract(Arguments arguments, Session& main) {
     }
     return for_each_file(line, main, [&](const std::string& file, Session& session) {
         const ParsedMessage message = parse_message(file, line.parse_options, session);
-        const Exit exit = message.fallback == Fallback::none ? Exit::success : Exit::bad_data;
         if (!destination) {
             print_body(message, options, session);
-            return exit;
+            return message.exit();
         }
         const Extraction extraction = extract(message, options.part, options.form(), *destination, session.output);
         complain_about(message, extraction, options.form(), session.output);
         line.json ? print_json(message, extraction, session.output) : print_table(message, extraction, session.output);
-        return worse(exit, extraction.left_out > 0 ? worse(extraction.exit, Exit::cannot_create) : extraction.exit);
+        const Exit exit = worse(message.exit(), extraction.exit);
+        return extraction.left_out > 0 ? worse(exit, Exit::cannot_create) : exit;
     });
 }
 

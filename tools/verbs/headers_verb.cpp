@@ -59,7 +59,7 @@ Shown part_header(const std::string& name, int part, const ParseOptions& options
     const MimeMsg& record = wanted_part(message, part);
     const PrivateFile header = copy_range({record.headerStart, record.bodyStart}, message.input.path, session.scratch);
     HeaderBlock block = read_header_block(header.path(), session.journal);
-    const Exit exit = message.fallback == Fallback::none ? exit_of(block) : Exit::bad_data;
+    const Exit exit = worse(message.exit(), exit_of(block));
     return {std::move(block), message.input.normalized, exit};
 }
 

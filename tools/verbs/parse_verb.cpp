@@ -47,7 +47,7 @@ Exit run_parse(Arguments arguments, Session& main) {
     return for_each_file(line, main, [&](const std::string& file, Session& session) {
         const ParsedMessage message = parse_message(file, line.parse_options, session);
         line.json ? write_json(message, session.output) : draw_tree(message, session.output);
-        return message.fallback == Fallback::none ? Exit::success : Exit::bad_data;
+        return message.exit();
     });
 }
 

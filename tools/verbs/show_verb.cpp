@@ -18,7 +18,8 @@ constexpr const char* kFooter =
     "character, and characters that would steer the terminal, are shown as \\xe9 or \\u202e.\n"
     "\n"
     "--html-as-text gives a text in HTML to w3m, or to lynx, whichever is in PATH. The program fetches nothing, gets\n"
-    "ten seconds and ends with this one; what it cannot show is listed, and said so.\n"
+    "ten seconds and ends with this one; what it cannot show is listed, and said so, with exit\n"
+    "code 74.\n"
     "\n"
     "Messages that the library refuses are read as vel parse reads them, with exit code 65.";
 
@@ -35,9 +36,9 @@ Exit run_show(Arguments arguments, Session& main) {
     const bool many = line.recursive || line.files.size() > 1;
     return for_each_file(line, main, [&](const std::string& file, Session& session) {
         const ParsedMessage message = parse_message(file, line.parse_options, session);
-        write_letter(message, html_as_text, session);
+        const Exit exit = write_letter(message, html_as_text, session);
         if (many) session.output.write("\n");
-        return message.fallback == Fallback::none ? Exit::success : Exit::bad_data;
+        return worse(exit, message.exit());
     });
 }
 
