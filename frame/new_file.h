@@ -1,12 +1,18 @@
-// An output file under a temporary name that is removed again unless it is kept.
+// Output files: closing one so that all of it is there, and one under a temporary name that is removed again unless
+// it is kept.
 #ifndef VEL_FRAME_NEW_FILE_H
 #define VEL_FRAME_NEW_FILE_H
 
 #include <optional>
+#include <string_view>
 
 #include "frame/owned.h"
 
 namespace vel {
+
+// Closes a pooled file that was written, and tells whether all of it is there: the calls that write report success
+// before the disk has answered. False also when it is too long to be opened again. Logs nothing.
+bool close_whole(int handle, const char* path);
 
 class NewFile {
   public:
@@ -24,8 +30,10 @@ class NewFile {
 
     const char* path() const { return path_.get(); }
 
-    // Closes the file and hands its path over. Null when what is buffered cannot be written; the file
-    // goes with this object then.
+    // Writes a text through the line writer; false when it falls short.
+    bool put(std::string_view text);
+
+    // Closes the file and hands its path over; null, and no file, when not all of it is there.
     char* keep();
 
   private:
