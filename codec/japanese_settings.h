@@ -7,6 +7,7 @@
 namespace vel {
 
 constexpr Setting<128> kLocalCharSet{"Gateway", "LocalCharSet", ""};
+constexpr Setting<128> kDisableJisInHeaders{"Options", "DisableJISinHeaders", "NO"};
 
 inline bool is_locally_japanese() { return is(read(kLocalCharSet), "ISO-2022-JP"); }
 

@@ -14,7 +14,6 @@
 namespace vel {
 namespace {
 
-constexpr Setting<128> kDisableInHeaders{"Options", "DisableJISinHeaders", "NO"};
 constexpr Setting<128> kRepairInHeaders{"Options", "RepairDamagedJISinHeaders", "YES"};
 constexpr const char* kPrefix = "MIME";
 
@@ -42,7 +41,7 @@ char* converted(const char* text, Convert convert) {
     });
 }
 
-bool is_configured() { return is_locally_japanese() && !is(read(kDisableInHeaders), "YES"); }
+bool is_configured() { return is_locally_japanese() && !is(read(kDisableJisInHeaders), "YES"); }
 
 }  // namespace
 }  // namespace vel

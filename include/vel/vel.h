@@ -28,6 +28,7 @@
 #define VEL_VEL_H
 
 #include "vel/binhex.h"
+#include "vel/build.h"
 #include "vel/codec.h"
 #include "vel/envelope.h"
 #include "vel/frame.h"

@@ -2,16 +2,15 @@
 #ifndef VEL_TESTS_CODEC_CODEC_CALLS_H
 #define VEL_TESTS_CODEC_CODEC_CALLS_H
 
-#include <sys/resource.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <functional>
 #include <ostream>
 
 #include "tests/codec/fed.h"
 #include "tests/codec/slow_codecs.h"
 #include "tests/support/fixture.h"
+#include "tests/support/small_disk.h"
 #include "vel/codec.h"
 
 namespace vel::test {
@@ -27,30 +26,6 @@ struct Outcome {
 inline std::ostream& operator<<(std::ostream& out, const Outcome& outcome) {
     return out << outcome.result << " @" << outcome.offset << " " << testing::PrintToString(outcome.output);
 }
-
-// Files end at so many bytes: a disk that is full, byte for byte.
-class SmallDisk {
-  public:
-    explicit SmallDisk(std::size_t bytes) : bytes_(bytes) {
-        if (bytes_ == kEndless) return;
-        ::getrlimit(RLIMIT_FSIZE, &before_);
-        handler_ = ::signal(SIGXFSZ, SIG_IGN);
-        const rlimit small{bytes_, before_.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &small);
-    }
-    SmallDisk(const SmallDisk&) = delete;
-    SmallDisk& operator=(const SmallDisk&) = delete;
-    ~SmallDisk() {
-        if (bytes_ == kEndless) return;
-        ::setrlimit(RLIMIT_FSIZE, &before_);
-        ::signal(SIGXFSZ, handler_);
-    }
-
-  private:
-    std::size_t bytes_;
-    rlimit before_{};
-    void (*handler_)(int) = SIG_DFL;
-};
 
 class CodecTest : public VelTest {
   protected:

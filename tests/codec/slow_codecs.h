@@ -6,13 +6,12 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
-#include <limits>
 #include <string>
 #include <string_view>
 
-namespace vel::test {
+#include "tests/support/small_disk.h"
 
-constexpr std::size_t kEndless = std::numeric_limits<std::size_t>::max();
+namespace vel::test {
 
 // A counted stretch of a file.
 class SlowInput {

@@ -1,7 +1,5 @@
 // Bodies and header blocks as files.
 #include <fcntl.h>
-#include <signal.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -9,6 +7,7 @@
 
 #include "tests/mime/tree.h"
 #include "tests/support/fixture.h"
+#include "tests/support/small_disk.h"
 #include "vel/mime.h"
 
 namespace vel::test {
@@ -163,24 +162,6 @@ TEST_F(BodyTest, texts_without_the_files_embedded_in_them) {
     EXPECT_EQ(taken(MimeGetBodyWithNoEmbeddedAttachment(record(0))), "");
 }
 
-// Writing fails behind a number of bytes, as on a full disk; the counter file still fits.
-class FileSizeLimit {
-  public:
-    explicit FileSizeLimit(rlim_t bytes) : signal_(::signal(SIGXFSZ, SIG_IGN)) {
-        ::getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limit{bytes, before_.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() {
-        ::setrlimit(RLIMIT_FSIZE, &before_);
-        ::signal(SIGXFSZ, signal_);
-    }
-
-  private:
-    rlimit before_{};
-    sighandler_t signal_;
-};
-
 TEST_F(BodyTest, a_full_disk_leaves_no_file) {
     const std::string text(100, 'A');
     for (const std::string encoding : {"7bit", "base64", "quoted-printable", "x-uue"}) {
@@ -188,7 +169,7 @@ TEST_F(BodyTest, a_full_disk_leaves_no_file) {
         const std::string file = "some text\r\nbegin 644 f\r\nM" + text + "\r\n`\r\nend\r\n";
         parse("MIME-Version: 1.0\r\nContent-Transfer-Encoding: " + encoding + "\r\n\r\n" +
               (encoding == "x-uue" ? file : text));
-        const FileSizeLimit limit(8);
+        const SmallDisk full(8);
         EXPECT_EQ(body(0), "(null)");
         EXPECT_EQ(taken(MimeGetHeader(record(0))), "(null)");
         EXPECT_EQ(taken(MimeGetBodyWithNoEmbeddedAttachment(record(0))), "(null)");
