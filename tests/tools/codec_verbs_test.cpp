@@ -165,6 +165,7 @@ TEST_F(CodecVerbsTest, SayWhatTheSystemRefuses) {
         EXPECT_EQ(wait_for(start({"encode", codec}, none, full)), kNoInput) << "standard input cannot be read";
     }
     for (const int fd : {none, full}) ::close(fd);
+    EXPECT_EQ(shell("vel encode base64 plain 2> e >&-"), kIoError);
     EXPECT_EQ(shell("vel encode base64 </dev/zero | head -c 9 >/dev/null; test ${PIPESTATUS[0]} -eq 141"), 0);
 }
 

@@ -104,6 +104,7 @@ TEST(PlainText, EndsItsLinesAndSteersNoTerminal) {
         {"a\r\nb\rc\n\td", "a\nb\nc\n\td\n"},
         {"\x1b[2J\x9b \\ \xc3\xbc\xe2\x80\xae.", "\\x1b[2J\\x9b \\ \xc3\xbc\\u202e.\n"},
         {"\xe2\x82", "\\xe2\\x82\n"},
+        {"\xf0\x9f\x98\x80", "\xf0\x9f\x98\x80\n"},
         {"\r\r\n", "\n\n"},
     };
     for (const Case& c : cases) {
@@ -123,6 +124,7 @@ TEST(Readable, PutsAPhraseInQuotesThatWouldMislead) {
         {"=?utf-8?q?boss=40bank_=3Cboss=40bank=3E?= <evil@b>", "\"boss@bank <boss@bank>\" <evil@b>"},
         {"\"=?utf-8?q?say_=22hi=22?=\" <a@b>", "\"say \\\"hi\\\"\" <a@b>"},
         {"=?utf-8?q?Ann?= =?utf-8?q?_Lee?= <a@b>", "Ann Lee <a@b>"},
+        {"\"=?utf-8?q?Ann?=\" <a@b>", "\"Ann\" <a@b>"},
         {"=?x-klingon?q?Ann?= <a@b>", "=?x-klingon?q?Ann?= <a@b>"},
     };
     for (const Case& c : cases) {

@@ -42,6 +42,17 @@ class ShowTest : public CommandTest {
         const std::string here = directory().string();
         return {exit, content(here + "/o"), content(here + "/e")};
     }
+
+    // The process whose number stands in the file "pid".
+    void await_end_of_process_in_file() const {
+        const std::string process = "/proc/" + content((directory() / "pid").string());
+        const std::string status = process.substr(0, process.find('\n')) + "/stat";
+        await("the end of the program", [&] {
+            std::ifstream stat(status);
+            std::string line;
+            return !std::getline(stat, line) || line.find(") Z ") != std::string::npos;
+        });
+    }
 };
 
 TEST_F(ShowTest, ShowsHeaderLinesTextsAndTheOtherParts) {
@@ -86,6 +97,7 @@ TEST_F(ShowTest, ReadsOneFormOfAlternatives) {
         {"plain first", kPlain + kHtml, "\nplain\n", {2}},
         {"plain last", kHtml + kPlain, "\nplain\n", {1}},
         {"HTML only", kEnriched + kHtml, "\npart 2 is text in HTML only: --html-as-text shows it\n", {1, 2}},
+        {"the richest HTML", kHtml + kHtml, "\npart 2 is text in HTML only: --html-as-text shows it\n", {1, 2}},
         {"HTML deeper", kPlain + nested, "\nplain\n", {3}},
         {"none of them", kEnriched, "", {1}},
         {"an enclosed message is no form of the text",
@@ -130,6 +142,9 @@ TEST_F(ShowTest, HasAProgramMakeTextOfHtml) {
     EXPECT_EQ(failed.exit, kIoError);
     EXPECT_EQ(failed.err, "vel: m.eml: part 0: w3m fails\n");
     EXPECT_THAT(failed.out, EndsWith("\npart  size  type       name\n   0     9  text/html  -\n"));
+    EXPECT_EQ(shell("vel=$(command -v vel); cp bin/w3m .; PATH=. $vel show --html-as-text m.eml > o 2> e"), kIoError);
+    EXPECT_EQ(content((directory() / "e").string()), "vel: m.eml: part 0: neither w3m nor lynx is installed\n")
+        << "none is taken from where a sender may have put it";
 }
 
 TEST_F(ShowTest, KillsAProgramThatGoesOn) {
@@ -148,6 +163,10 @@ TEST_F(ShowTest, KillsAProgramThatGoesOn) {
     EXPECT_EQ(reason("exec >&-; sleep 100", {milliseconds(100), 100}), "bash does not end in time");
     EXPECT_EQ(reason("yes", {milliseconds(20000), 100}), "bash writes too much");
     EXPECT_EQ(reason("kill -9 $$", {milliseconds(20000), 100}), "bash fails");
+    const std::string pid = (directory() / "pid").string();
+    EXPECT_EQ(reason("sleep 100 & echo $! > " + pid + "; wait", {milliseconds(1000), 100}),
+              "bash does not end in time");
+    await_end_of_process_in_file();
 }
 
 TEST_F(ShowTest, EndsTheProgramWithItself) {
@@ -156,13 +175,7 @@ TEST_F(ShowTest, EndsTheProgramWithItself) {
         << "#!/bin/bash\necho $$ > " << directory().string() << "/pid\nexec sleep 100\n";
     shell(
         "vel show --html-as-text m.eml > o & vel=$!; while [[ ! -s pid ]]; do sleep 0.01; done; kill $vel; wait $vel");
-    const std::string process = "/proc/" + content((directory() / "pid").string());
-    const std::string status = process.substr(0, process.find('\n')) + "/stat";
-    await("the end of the program", [&] {
-        std::ifstream stat(status);
-        std::string line;
-        return !std::getline(stat, line) || line.find(") Z ") != std::string::npos;
-    });
+    await_end_of_process_in_file();
 }
 
 }  // namespace
