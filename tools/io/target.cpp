@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -94,6 +95,8 @@ void Target::take(const std::string& file) {
 }
 
 void Target::place(const std::string& file) {
+    // A crash must not leave an empty file in the place of what stood there.
+    if (::fsync(open_for_reading(file).get()) != 0) fail(errno);
     const auto held = scratch_->hold();
     const bool placed = ::chmod(file.c_str(), mode_) == 0 && std::rename(file.c_str(), path_.c_str()) == 0;
     if (!placed) throw Failure::of_system_call(Exit::cannot_create, path_);
