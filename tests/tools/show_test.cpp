@@ -138,6 +138,7 @@ TEST_F(ShowTest, HasAProgramMakeTextOfHtml) {
     EXPECT_THAT(done.out, HasSubstr("\n<meta charset=\"utf-8\">caf\xc3\xa9 \\x1b[2J\n1\n4\n0\n"))
         << "in UTF-8, harmless";
     EXPECT_THAT(show_by("cat", "\n\n<META content='text/html; Charset=koi8-r'>\xd4").out, EndsWith(">\xd1\x82\n"));
+    EXPECT_THAT(show_by("cat", "; charset=x-klingon\n\n\xe9").err, HasSubstr("charset \"x-klingon\" is not known"));
     const Ended failed = show_by("echo half; exit 3");
     EXPECT_EQ(failed.exit, kIoError);
     EXPECT_EQ(failed.err, "vel: m.eml: part 0: w3m fails\n");

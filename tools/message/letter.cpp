@@ -91,12 +91,17 @@ class Letter {
         output_.complain(message_.name, std::string("part ").append(std::to_string(index)).append(what));
     }
 
-    void write_text(int index) {
-        const BodyFile body = text_of_part(index);
-        const std::string charset = charset_of(message_.record(index));
+    std::string charset_of_part(int index) {
+        std::string charset = charset_of(message_.record(index));
         if (!known_charset(charset)) {
             complain(index, ": charset \"" + charset + "\" is not known; its text is shown as it stands");
         }
+        return charset;
+    }
+
+    void write_text(int index) {
+        const BodyFile body = text_of_part(index);
+        const std::string charset = charset_of_part(index);
         if (size_of(body.file) > 0) write_file(body.file.get(), charset);
     }
 
@@ -129,7 +134,7 @@ class Letter {
             return list(index);
         }
         const BodyFile body = text_of_part(index);
-        const PrivateFile text = html_as_text(body.file.get(), charset_of(message_.record(index)), session_.scratch);
+        const PrivateFile text = html_as_text(body.file.get(), charset_of_part(index), session_.scratch);
         write_file(text.path(), kUtf8);
     }
 
