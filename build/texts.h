@@ -11,6 +11,7 @@ namespace vel {
 constexpr std::string_view kLineEnd = "\r\n";
 
 inline bool is_empty(const char* text) { return !text || !*text; }
+inline const char* or_empty(const char* text) { return text ? text : ""; }
 
 // Visits the texts of a chain; empty ones, and nodes without a text, are passed over.
 template <class Visit>

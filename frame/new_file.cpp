@@ -25,7 +25,10 @@ bool close_whole(int handle, const char* path) {
 
 std::optional<NewFile> NewFile::create(const char* prefix, Writes writes) {
     COwned<char> path(_veltempnam(nullptr, prefix));
-    if (!path) return std::nullopt;
+    return path ? create_at(std::move(path), writes) : std::nullopt;
+}
+
+std::optional<NewFile> NewFile::create_at(COwned<char> path, Writes writes) {
     const int handle = filecreate(path.get(), kForWriting, writes == Writes::buffered);
     if (handle == -1) return std::nullopt;
     return NewFile(std::move(path), handle);

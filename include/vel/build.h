@@ -1,4 +1,4 @@
-/* Building messages: header lines and a body, or parts, become a new message file.
+/* Building messages, and putting them into the queue.
 
    Each builder writes a new file in the temporary directory and returns its path, which the caller frees;
    MimeFreeFile (vel/mime.h) also removes the file. When anything fails the result is null and no file is left.
@@ -10,11 +10,15 @@
 #ifndef VEL_BUILD_H
 #define VEL_BUILD_H
 
+#include "vel/envelope.h"
+#include "vel/platform/queue.h"
 #include "vel/types.h"
 
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+/* ---- Building -------------------------------------------------------------------------------- */
 
 /* Writes one message, or one part of a message (RFC 2045).
      from         the sender's address
@@ -80,6 +84,92 @@ VEL_API char* MimeBuildMultipartMessage(const char* from, const ms* to, const ch
 VEL_API char* MimeBuildMultipartMessageWithBCC(const char* from, const ms* to, const char* subject, const ms* cc,
                                                const ms* bcc, char* const* parts, const char* subtype,
                                                const ms* parameters, const ms* extra, int flags);
+
+/* ---- Submission ------------------------------------------------------------------------------ */
+
+/* Puts a copy of a message into the queue (vel/platform/queue.h), with its envelope. In front of it go a Received
+   field, MIME-Version, Date and Message-ID where the header block has none, and a header that asks for a receipt.
+   Its Date and Resent-Date lines are written anew, in one form.
+     sender           the envelope's sender; one address counts in its canonical form, anything else as it is
+     envelope_id      ENVID; null counts as empty, as do the other texts
+     return_type      RET: 1 the header block, 2 all of the message
+     unused, unused2  have no effect
+     text             the submitter's own, kept with the sender
+     channel          who takes the message
+     recipients       an array of count records. Of several addresses in one text the first one counts; one without a
+                      domain gets [Routing] PrimaryRelayHostName or, when that is empty, [Connection] GatewayHostName
+                      "." GatewayDomain; what is no address is taken as it is, what is empty left out
+     date             for a message without a Date field; null or empty is now
+     file             the message, with CR LF line ends: its header block ends at the first line that begins with CR LF.
+                      It is copied line by line, as a "7bit" body is
+     wants_receipt    non-zero: asks for a receipt in the header that [Options] rrqHeader names (Return-Receipt-To)
+     no_mime_version  non-zero: no MIME-Version is added
+   Returns the identifier, the entry's path without ".msg", under its message lock; ReleaseQueueId releases it. Null
+   when anything fails: the queue has nothing of the message then.
+   Logs "CreateMQEntry failed.", "Out of memory." and, behind a full disk, "putline: WriteFile failed." or "fileclose:
+   WriteFile failed." at level 1; "Ignore empty recipient address." and "Received invalid date.  Adopting the current
+   time instead." at level 6. Any thread. */
+VEL_API char* MimeSendMessage(const char* sender, const char* envelope_id, int return_type, int unused,
+                              const char* text, const char* channel, const _envRecip* recipients, int count,
+                              const char* date, const char* file, intptr_t unused2, int wants_receipt,
+                              int no_mime_version);
+
+/* Recipients as a chain; a node without a record is passed over. */
+typedef struct EnvRecipChain {
+    const _envRecip* record;
+    struct EnvRecipChain* next;
+} EnvRecipChain;
+
+/* Ends an entry whose message the caller has written into the file of VELGetNewMQId and ".msg".
+     context     of VELGetNewMQEntry; null gives 0, with "CreateMQEntry failed." at level 1
+     sender      its channel is not looked at; null gives 0
+     recipients  taken as they are; text2 is not looked at
+     channel     who takes the message
+   Returns non-zero on success, as CloseMQEntry does. 0 otherwise, and the entry is given up; but without memory ("Out of
+   memory" for the sender, "Out of memory." for a recipient, at level 1) and for a null sender it stays open. */
+VEL_API int SubmitMQMessage(MQContext* context, const _envFrom* sender, const EnvRecipChain* recipients,
+                            const char* channel);
+
+/* Opens a new entry. Null with "CreateMQEntry failed." at level 1. */
+VEL_API MQContext* VELGetNewMQEntry(void);
+
+/* Returns an entry's identifier, for VELFreeMQId or ReleaseQueueId; null when there is none. */
+VEL_API char* VELGetNewMQId(MQContext* context);
+
+/* Frees an identifier, which may be null. The first one gives up the message lock too. */
+VEL_API void ReleaseQueueId(char* identifier);
+VEL_API void VELFreeMQId(char* identifier);
+
+/* Returns the sender of a queued message, for FreeEnvFrom: null, always. A program that links the library's objects
+   may define the call itself. */
+VEL_API _envFrom* GetEnvelopeFrom(const char* path, void* queue);
+
+/* Frees a malloc'ed record with its address, envelopeId and text; nothing for null. The channel stays. */
+VEL_API void FreeEnvFrom(_envFrom* record);
+
+/* What a report says of one recipient (RFC 3464 section 2.3). Texts are owned. */
+typedef struct PerRecipField {
+    char* originalRecipient;
+    char* finalRecipient;
+    char* action;
+    char* status;
+    char* remoteMta;
+    char* diagnosticCode;
+    int32_t lastAttempt; /* seconds since 1970; 0 and below: not said */
+    int32_t willRetryUntil;
+} PerRecipField;
+
+/* Fills a record, whatever it holds, with copies of the texts, null for null. Returns 0; -1 for a null record, and
+   without memory, when the record is cleaned. */
+VEL_API int AssignPerRecipField(PerRecipField* record, const char* original_recipient, const char* final_recipient,
+                                const char* action, const char* status, const char* remote_mta,
+                                const char* diagnostic_code, int32_t last_attempt, int32_t will_retry_until);
+
+/* Frees a record's texts, which become null; the numbers become -1. Nothing for null. */
+VEL_API void CleanPerRecipField(PerRecipField* record);
+
+/* Compares two uint32_t, for qsort. Returns -1, 0 or 1. */
+VEL_API int compare_uniqueType(const void* a, const void* b);
 
 #ifdef __cplusplus
 }

@@ -5,6 +5,7 @@
 
 #include "layout.h"
 #include "vel/binhex.h"
+#include "vel/build.h"
 #include "vel/codec.h"
 #include "vel/envelope.h"
 #include "vel/frame.h"

@@ -18,6 +18,8 @@ static_assert(sizeof(UTCtime) == 36, "UTCtime");
 static_assert(sizeof(addr822) == 108, "addr822");
 static_assert(sizeof(addrlist822) == 12, "addrlist822");
 static_assert(sizeof(ms) == 8, "ms");
+static_assert(sizeof(PerRecipField) == 32, "PerRecipField");
+static_assert(sizeof(EnvRecipChain) == 8, "EnvRecipChain");
 static_assert(sizeof(_envFrom) == 24, "_envFrom");
 static_assert(sizeof(_envRecip) == 20, "_envRecip");
 static_assert(sizeof(stEnvelope) == 32, "stEnvelope");

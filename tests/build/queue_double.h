@@ -1,0 +1,82 @@
+// A queue that writes down what it is told, in the place of the real one. For one source of a program.
+#ifndef VEL_TESTS_BUILD_QUEUE_DOUBLE_H
+#define VEL_TESTS_BUILD_QUEUE_DOUBLE_H
+
+#include <fstream>
+#include <string>
+
+#include "vel/platform/queue.h"
+
+struct MQContext {
+    std::string base;
+    std::string path;
+};
+
+namespace vel::test {
+
+struct Queue {
+    std::string base;
+    std::string fails;  // the call that does
+    std::string calls;
+    std::string envelope;
+    MQContext context;
+
+    bool call(const std::string& name) {
+        calls += name + " ";
+        return name != fails;
+    }
+};
+inline Queue* queue = nullptr;  // the running test's
+
+inline std::string text_of(const _envFrom& from) {
+    return std::string(from.address) + "|" + from.envelopeId + "|" + std::to_string(from.returnType) + "|" +
+           std::to_string(from.number) + "|" + from.text + "|" + from.channel;
+}
+
+inline std::string text_of(const _envRecip& to) {
+    return std::string(to.address) + "|" + to.originalRecipient + "|" + std::to_string(to.notify) + "|" + to.text +
+           "|" + to.text2;
+}
+
+inline std::string text_of(stEnvelope& envelope) {
+    std::string text = std::to_string(envelope.number) + " " + std::to_string(envelope.number2);
+    envelope.senders.Reset();
+    while (const _envFrom* from = envelope.senders.Next()) text += " from " + text_of(*from);
+    envelope.recipients.Reset();
+    while (const _envRecip* to = envelope.recipients.Next()) text += " to " + text_of(*to);
+    return text;
+}
+
+}  // namespace vel::test
+
+extern "C" {
+
+MQContext* CreateMQEntry(void) {
+    if (!vel::test::queue->call("create")) return nullptr;
+    std::ofstream(vel::test::queue->base + ".msg");
+    std::ofstream(vel::test::queue->base + ".lck");
+    vel::test::queue->context.base = vel::test::queue->base;
+    return &vel::test::queue->context;
+}
+
+const char* GetMQPathName(MQContext* context, const char* extension) {
+    if (!context || !vel::test::queue->call("path")) return nullptr;
+    context->path = context->base + extension;
+    return context->path.c_str();
+}
+
+unsigned char InsertMQChannel(MQContext*, const char* channel, int priority) {
+    return vel::test::queue->call("insert " + std::string(channel) + " " + std::to_string(priority));
+}
+
+unsigned char PutMQEnvelope(MQContext*, stEnvelope* envelope) {
+    vel::test::queue->envelope = vel::test::text_of(*envelope);
+    return vel::test::queue->call("put");
+}
+
+unsigned char CloseMQEntry(MQContext*) { return vel::test::queue->call("close") ? 7 : 0; }
+unsigned char DiscardMQEntry(MQContext*) { return vel::test::queue->call("discard"); }
+
+}  // extern "C"
+
+#endif

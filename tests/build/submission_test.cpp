@@ -1,0 +1,224 @@
+// Putting messages into a queue: what it is told, in which order, and what is left when it refuses.
+#include <ctime>
+#include <regex>
+
+#include "tests/build/built.h"
+#include "tests/build/queue_double.h"
+#include "tests/support/small_disk.h"
+#include "vel/frame.h"
+#include "vel/rfc822.h"
+
+namespace vel::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr const char* kWhole = "create path insert out 255 put close ";
+
+struct Send {
+    const char* sender = "me@x.y";
+    const char* envelope_id = nullptr;
+    int return_type = 0;
+    const char* text = nullptr;
+    std::vector<_envRecip> recipients{};
+    const char* date = nullptr;
+    int wants_receipt = 0;
+    int no_mime_version = 0;
+};
+
+class SubmissionTest : public BuildTest {
+  protected:
+    SubmissionTest() {
+        queue_.base = (directory() / "0entry1").string();
+        queue = &queue_;
+        set("Connection", "GatewayHostName", "gw");
+        set("Connection", "GatewayDomain", "corp");
+    }
+    ~SubmissionTest() override { queue = nullptr; }
+
+    char* send_file(const Send& send, const std::string& path) {
+        queue_.calls = queue_.envelope = "";
+        return MimeSendMessage(send.sender, send.envelope_id, send.return_type, 9, send.text, "out",
+                               send.recipients.data(), static_cast<int>(send.recipients.size()), send.date,
+                               path.c_str(), 9, send.wants_receipt, send.no_mime_version);
+    }
+
+    // The trace's text, and that of a date line, which does without daylight saving time.
+    static std::vector<std::string> texts_of(std::time_t time) {
+        char trace[64], line[64], ctime[26];
+        UTCtime* utc = nullptr;
+        time_t2rfc822date(time, trace);
+        ctime2UTC(::ctime_r(&time, ctime), &utc);
+        UTC2rfc(utc, line);
+        std::free(utc);
+        return {trace, line};
+    }
+
+    // Sends a message, and returns what the queue got, with "NOW" for the current time.
+    std::string sent(const Send& send, std::string_view message) {
+        const std::time_t before = std::time(nullptr);
+        char* identifier = send_file(send, file("message", message));
+        EXPECT_EQ(queue_.calls, kWhole);
+        EXPECT_STREQ(identifier, queue_.base.c_str());
+        EXPECT_THAT(left_behind("0entry1"), testing::UnorderedElementsAre("0entry1.msg", "0entry1.lck"));
+        ReleaseQueueId(identifier);
+        std::string text = content(queue_.base + ".msg");
+        for (std::time_t time = before; time <= std::time(nullptr); ++time) {
+            for (const std::string& now : texts_of(time)) text = std::regex_replace(text, std::regex(now), "NOW");
+        }
+        return text;
+    }
+
+    // What a call that fails leaves of the queue's calls; it leaves no file.
+    std::string refused(const std::string& path) {
+        EXPECT_EQ(send_file({}, path), nullptr);
+        EXPECT_THAT(left_behind("0entry1"), IsEmpty());
+        return queue_.calls;
+    }
+
+    Queue queue_;
+};
+
+constexpr const char* kReceived = "Received: From gw.corp by gw.corp\n  (VEL Postorra 5.1) id 0entry1; NOW\n";
+
+TEST_F(SubmissionTest, missing_fields_are_put_in_front) {
+    const std::string received = kReceived;
+    EXPECT_EQ(sent({}, "Subject: s\r\n\r\nbody"),
+              crlf(received + "Mime-version: 1.0\nDate: NOW\nMessage-ID: <0entry1.VEL@x.y>\nSubject: s\n\nbody"));
+    const std::string has_all = "Message-Id: <1@b>\nMIME-Version: 1.0\nDate: Mon, 1 Feb 1999 10:20:30 -0500\n\nbody\n";
+    EXPECT_EQ(sent({.date = "then"}, crlf(has_all)), crlf(received + has_all));
+    EXPECT_EQ(sent({.sender = "me", .date = "then", .wants_receipt = 1, .no_mime_version = 1}, ""),
+              crlf(received + "Date: then\nMessage-ID: <0entry1.VEL@gw.corp>\nReturn-Receipt-To: me\n"));
+    set("Options", "rrqHeader", "X-Receipt");
+    EXPECT_EQ(
+        sent({.sender = "Me <me@d>", .date = "", .wants_receipt = 1}, "Resent-Date: 1 Feb 1999 10:20:30 -0500\r\n"),
+        crlf(received + "Mime-version: 1.0\nDate: NOW\nMessage-ID: <0entry1.VEL@d>\nX-Receipt: Me <me@d>\n"
+                        "Resent-date: Mon, 1 Feb 1999 10:20:30 -0500\n"));
+}
+
+TEST_F(SubmissionTest, kept_date_lines_are_written_anew_by_their_first_line) {
+    const std::string head = crlf(std::string(kReceived) + "Mime-version: 1.0\nMessage-ID: <0entry1.VEL@x.y>\n");
+    const std::string long_comment = "(" + std::string(2000, 'c') + ")";
+    const std::pair<std::string, std::string> rows[] = {
+        {"DATE:1 feb 99 10:20 EST\n", "Date: NOW\n"},
+        {"DATE:1 Feb 99 10:20 EST\nA: b\n\nDate: x\n", "Date: Mon, 1 Feb 1999 10:20 -0500\nA: b\n\nDate: x\n"},
+        {"Date: 1 Feb\n 99\nresent-DATE: 2 Feb 1999\n", "Date: NOW\n 99\nResent-date: Tue, 2 Feb 1999 00:00 +0000\n"},
+        {"Date: 1 Feb 1999 10:20 " + long_comment + "\nA: " + std::string(1021, 'a') + "Date: x\n",
+         "Date: Mon, 1 Feb 1999 10:20 +0000\nA: " + std::string(1021, 'a') + "Date: x\n"},
+    };
+    for (const auto& [given, expected] : rows) {
+        const std::string text = sent({}, crlf(given));
+        EXPECT_EQ(text, head + crlf(expected));
+        const bool is_invalid = expected.starts_with("Date: NOW");
+        EXPECT_EQ(take_log(6), is_invalid
+                                   ? std::vector<std::string>{"Received invalid date.  Adopting the current time "
+                                                              "instead."}
+                                   : std::vector<std::string>{});
+    }
+}
+
+TEST_F(SubmissionTest, envelopes_have_canonical_addresses) {
+    sent({.sender = "Me (now) <me@x.y>",
+          .envelope_id = "id",
+          .return_type = 2,
+          .text = "t",
+          .recipients = {{"Joe <joe>", "rfc822;joe", 3, "a", "b"},
+                         {"", nullptr, 0, nullptr, nullptr},
+                         {nullptr, nullptr, 0, nullptr, nullptr},
+                         {"a@b.c, d@e.f", nullptr, 0, nullptr, nullptr},
+                         {"@", "", 0, "", ""}}},
+         "");
+    EXPECT_EQ(queue_.envelope, "0 -1 from me@x.y|id|2|0|t|out to joe@gw.corp|rfc822;joe|3|a|b to a@b.c||0|| to @||0||");
+    EXPECT_THAT(take_log(6), ElementsAre("Ignore empty recipient address.", "Ignore empty recipient address."));
+    set("Routing", "PrimaryRelayHostName", "relay");
+    for (const char* sender : {"<>", "a@b.c, d@e.f", ""}) {
+        sent({.sender = sender, .recipients = {{"joe", nullptr, 0, nullptr, nullptr}}}, "");
+        EXPECT_EQ(queue_.envelope, "0 -1 from " + std::string(sender) + "||0|0||out to joe@relay||0||");
+    }
+    sent({}, "");
+    EXPECT_EQ(queue_.envelope, "0 -1 from me@x.y||0|0||out") << "no recipients";
+}
+
+TEST_F(SubmissionTest, what_is_refused_leaves_nothing) {
+    const std::string path = file("message", "A: b\r\n\r\nbody");
+    const std::pair<const char*, const char*> rows[] = {
+        {"create", "create "},
+        {"insert out 255", "create path insert out 255 put discard "},
+        {"put", "create path insert out 255 put discard "},
+        {"close", kWhole},
+    };
+    for (const auto& [fails, calls] : rows) {
+        queue_.fails = fails;
+        EXPECT_EQ(refused(path), calls) << fails;
+    }
+    EXPECT_THAT(take_log(1), ElementsAre("CreateMQEntry failed."));
+    queue_.fails = "";
+    EXPECT_EQ(refused(directory()), "create path discard ") << "no header block can be read";
+    take_log();
+    queue_.base = (directory() / "none/0entry2").string();
+    EXPECT_EQ(refused(path), "create path discard ");
+    EXPECT_THAT(take_log(1), ElementsAre("open failed"));
+}
+
+TEST_F(SubmissionTest, files_whose_place_is_not_known_are_the_queue_s_affair) {
+    for (const std::string& no_file : {std::string(), (directory() / "none").string()}) {
+        EXPECT_EQ(send_file({}, no_file), nullptr);
+        EXPECT_EQ(queue_.calls, "create discard ");
+    }
+    queue_.fails = "path";
+    EXPECT_EQ(send_file({}, file("message", "")), nullptr);
+    EXPECT_EQ(queue_.calls, "create path discard ");
+}
+
+TEST_F(SubmissionTest, a_disk_full_at_any_byte_submits_nothing) {
+    const std::string path = file("message", "A: b\r\n\r\nbody");
+    sent({}, "A: b\r\n\r\nbody");
+    const std::size_t whole = content(queue_.base + ".msg").size();
+    for (std::size_t size = 0; size < whole; ++size) {
+        const SmallDisk full(size);
+        EXPECT_EQ(refused(path), "create path discard ") << size;
+        EXPECT_THAT(take_log(1), ElementsAre("fileclose: WriteFile failed."));
+    }
+}
+
+TEST_F(SubmissionTest, an_entry_of_the_caller_gets_its_envelope) {
+    const _envFrom sender{"me", nullptr, 1, 5, nullptr, "not looked at"};
+    const _envRecip recipients[] = {{"joe", "rfc822;joe", 2, "t", "not looked at"}, {"", nullptr, 0, nullptr, nullptr}};
+    EnvRecipChain last{&recipients[1], nullptr}, chain{&recipients[0], &last};
+    const std::pair<const char*, const char*> rows[] = {
+        {"", "create path insert out 255 put close "},
+        {"insert out 255", "create path insert out 255 put discard "},
+        {"put", "create path insert out 255 put discard "},
+        {"close", "create path insert out 255 put close "},
+    };
+    for (const auto& [fails, calls] : rows) {
+        queue_.calls = "";
+        queue_.fails = fails;
+        MQContext* context = VELGetNewMQEntry();
+        char* identifier = VELGetNewMQId(context);
+        EXPECT_STREQ(identifier, queue_.base.c_str());
+        VELFreeMQId(identifier);
+        EXPECT_EQ(SubmitMQMessage(context, &sender, &chain, "out"), *fails ? 0 : 7);
+        EXPECT_EQ(queue_.calls, calls);
+        EXPECT_EQ(queue_.envelope, "0 -1 from me||1|5||out to joe|rfc822;joe|2|t| to ||0||");
+    }
+    queue_.fails = "create";
+    EXPECT_EQ(SubmitMQMessage(VELGetNewMQEntry(), &sender, &chain, "out"), 0);
+    EXPECT_THAT(take_log(1), ElementsAre("CreateMQEntry failed.", "CreateMQEntry failed."));
+    EXPECT_EQ(SubmitMQMessage(&queue_.context, nullptr, &chain, "out"), 0);
+    EXPECT_EQ(VELGetNewMQId(nullptr), nullptr);
+}
+
+TEST_F(SubmissionTest, identifiers_are_freed_with_and_without_their_lock) {
+    VELFreeMQId(::strdup(file("a.lck", "").substr(0, directory().string().size() + 2).c_str()));
+    EXPECT_THAT(left_behind("a"), ElementsAre("a.lck"));
+    ReleaseQueueId(::strdup((directory() / "a").c_str()));
+    EXPECT_THAT(left_behind("a"), IsEmpty());
+    file(".lck", "");
+    ReleaseQueueId(::strdup(""));
+    ReleaseQueueId(nullptr);
+}
+
+}  // namespace
+}  // namespace vel::test
