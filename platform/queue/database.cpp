@@ -1,0 +1,128 @@
+#include "platform/queue/database.h"
+
+#include <fcntl.h>
+
+#include <exception>
+
+#include "platform/queue/report.h"
+
+namespace vel {
+namespace {
+
+// Others hold the database for the time of a sync, many of them perhaps, before it is this process's turn.
+constexpr int kBusyMilliseconds = 60'000;
+
+[[noreturn]] void fail(sqlite3* connection) {
+    throw QueueError(std::string("the queue's database failed: ") +
+                     (connection ? sqlite3_errmsg(connection) : "out of memory"));
+}
+
+}  // namespace
+
+Query::~Query() {
+    sqlite3_reset(statement_);
+    sqlite3_clear_bindings(statement_);
+}
+
+void Query::check(int result) const {
+    if (result != SQLITE_OK) fail(sqlite3_db_handle(statement_));
+}
+
+Query& Query::operator<<(int64_t value) {
+    check(sqlite3_bind_int64(statement_, ++bound_, value));
+    return *this;
+}
+
+// The address of an empty text may be null, which would bind NULL.
+Query& Query::operator<<(std::string_view text) {
+    const char* const begin = text.empty() ? "" : text.data();
+    check(sqlite3_bind_text64(statement_, ++bound_, begin, text.size(), SQLITE_STATIC, SQLITE_UTF8));
+    return *this;
+}
+
+bool Query::next() {
+    column_ = 0;
+    const int result = sqlite3_step(statement_);
+    if (result != SQLITE_ROW && result != SQLITE_DONE) fail(sqlite3_db_handle(statement_));
+    return result == SQLITE_ROW;
+}
+
+int64_t Query::run() {
+    while (next()) continue;
+    return sqlite3_changes64(sqlite3_db_handle(statement_));
+}
+
+Query& Query::operator>>(int64_t& value) {
+    value = sqlite3_column_int64(statement_, column_++);
+    return *this;
+}
+
+Query& Query::operator>>(int32_t& value) {
+    value = sqlite3_column_int(statement_, column_++);
+    return *this;
+}
+
+Query& Query::operator>>(std::string& text) {
+    const auto* const bytes = static_cast<const char*>(sqlite3_column_blob(statement_, column_));
+    text.assign(bytes ? bytes : "", static_cast<std::size_t>(sqlite3_column_bytes(statement_, column_)));
+    ++column_;
+    return *this;
+}
+
+// The connection exists, and is to be closed, even when opening it has failed.
+Database::Database(const std::string& path) {
+    sqlite3* connection = nullptr;
+    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_PRIVATECACHE;
+    const int result = sqlite3_open_v2(path.c_str(), &connection, flags, nullptr);
+    connection_.reset(connection);
+    if (result != SQLITE_OK) fail(connection);
+    sqlite3_busy_timeout(connection, kBusyMilliseconds);
+}
+
+Database::Statement Database::prepare(const char* sql) {
+    sqlite3_stmt* statement = nullptr;
+    if (sqlite3_prepare_v3(connection_.get(), sql, -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr) != SQLITE_OK) {
+        fail(connection_.get());
+    }
+    return Statement(statement);
+}
+
+Query Database::query(const char* sql) {
+    Statement& statement = statements_[sql];
+    if (!statement) statement = prepare(sql);
+    return Query(statement.get());
+}
+
+void Database::execute(const char* sql) {
+    if (sqlite3_exec(connection_.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) fail(connection_.get());
+}
+
+int64_t Database::number(const char* sql) {
+    const Statement statement = prepare(sql);
+    Query query(statement.get());
+    int64_t value = 0;
+    if (query.next()) query >> value;
+    return value;
+}
+
+Transaction::Transaction(Database& database) : database_(database) { database_.query("BEGIN IMMEDIATE").run(); }
+
+void Transaction::commit() {
+    try {
+        database_.query("COMMIT").run();
+    } catch (const QueueError& error) {
+        throw CommitError(error.what());
+    }
+}
+
+// SQLite has undone some transactions by itself by now. What cannot be undone here is undone when the connection is
+// used next, or closed.
+Transaction::~Transaction() {
+    if (!database_.busy()) return;
+    try {
+        database_.query("ROLLBACK").run();
+    } catch (const std::exception&) {
+    }
+}
+
+}  // namespace vel

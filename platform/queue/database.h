@@ -1,0 +1,87 @@
+// SQLite, as the queue uses it: statements that are prepared once, transactions that end by themselves.
+#ifndef VEL_PLATFORM_QUEUE_DATABASE_H
+#define VEL_PLATFORM_QUEUE_DATABASE_H
+
+#include <sqlite3.h>
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace vel {
+
+// One run of a statement. Values are bound in their order, columns are read in theirs.
+class Query {
+  public:
+    explicit Query(sqlite3_stmt* statement) : statement_(statement) {}
+    Query(const Query&) = delete;
+    Query& operator=(const Query&) = delete;
+    ~Query();
+
+    // A text must live until the query ends.
+    Query& operator<<(int64_t value);
+    Query& operator<<(std::string_view text);
+
+    // Moves to the next row; false behind the last. Throws on failure.
+    bool next();
+    // For statements without rows; returns how many rows were changed.
+    int64_t run();
+
+    Query& operator>>(int64_t& value);
+    Query& operator>>(int32_t& value);
+    Query& operator>>(std::string& text);
+
+  private:
+    void check(int result) const;
+
+    sqlite3_stmt* statement_;
+    int bound_ = 0;
+    int column_ = 0;
+};
+
+// One connection. Every failure is a QueueError.
+class Database {
+  public:
+    explicit Database(const std::string& path);
+
+    // The statement of an SQL text that lives as long as the program.
+    Query query(const char* sql);
+    void execute(const char* sql);
+    int64_t number(const char* sql);
+    // Whether a transaction is open.
+    bool busy() const { return sqlite3_get_autocommit(connection_.get()) == 0; }
+
+  private:
+    struct Closed {
+        void operator()(sqlite3* connection) const { sqlite3_close_v2(connection); }
+    };
+    struct Finalized {
+        void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+    };
+    using Statement = std::unique_ptr<sqlite3_stmt, Finalized>;
+
+    Statement prepare(const char* sql);
+
+    std::unique_ptr<sqlite3, Closed> connection_;
+    std::map<const char*, Statement> statements_;
+};
+
+// A writing transaction, undone unless it is committed.
+class Transaction {
+  public:
+    explicit Transaction(Database& database);
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+    ~Transaction();
+
+    void commit();
+
+  private:
+    Database& database_;
+};
+
+}  // namespace vel
+
+#endif

@@ -1,0 +1,41 @@
+#include "platform/queue/owned_file.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+
+#include "platform/queue/report.h"
+
+namespace vel {
+namespace {
+
+constexpr mode_t kFileMode = 0660;
+
+// A lock on a file that has lost its name meanwhile says nothing about the one that has the name now.
+bool lock(const std::string& path, int fd) { return ::flock(fd, LOCK_EX | LOCK_NB) == 0 && leads_to(path, fd); }
+
+}  // namespace
+
+bool leads_to(const std::string& path, int fd) {
+    struct stat named;
+    struct stat open;
+    return ::lstat(path.c_str(), &named) == 0 && ::fstat(fd, &open) == 0 && named.st_dev == open.st_dev &&
+           named.st_ino == open.st_ino;
+}
+
+Descriptor make_owned(const std::string& path) {
+    Descriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kFileMode));
+    if (!file && errno != EEXIST) throw QueueError::of_system("cannot make", path);
+    if (file && !lock(path, file.get())) return Descriptor();
+    return file;
+}
+
+Descriptor take_ownerless(const std::string& path) {
+    Descriptor file(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    if (file && !lock(path, file.get())) return Descriptor();
+    return file;
+}
+
+}  // namespace vel

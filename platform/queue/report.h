@@ -1,0 +1,56 @@
+// What the queue writes to the log, and the one door where its exceptions stop.
+#ifndef VEL_PLATFORM_QUEUE_REPORT_H
+#define VEL_PLATFORM_QUEUE_REPORT_H
+
+#include <exception>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+namespace vel {
+
+// Why a call of the queue failed, in words for the log.
+class QueueError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+    // A system call failed: what was tried, on which file, and the system's reason.
+    static QueueError of_system(const std::string& tried, const std::string& path);
+};
+
+// A COMMIT failed: what it was to write may be there or come to life by a crash.
+class CommitError : public QueueError {
+  public:
+    using QueueError::QueueError;
+};
+
+// Nor could it be found out: what belongs to it must stay until it can.
+class CommitInDoubt : public QueueError {
+  public:
+    using QueueError::QueueError;
+};
+
+// The name that the queue's lines carry: the module of the last MQInit.
+void set_module(const char* module);
+std::string module();
+
+// "CALL: reason." at level 1. Never fails, and keeps errno.
+void report_failure(const char* call, const char* reason) noexcept;
+// A line of accounting, level 3.
+void account(const std::string& text);
+
+// Runs body() and returns its result; when it throws, reports why and returns failed.
+template <class R, class Body>
+R guarded(const char* call, R failed, Body&& body) noexcept {
+    try {
+        return std::forward<Body>(body)();
+    } catch (const std::bad_alloc&) {
+        report_failure(call, "out of memory");
+    } catch (const std::exception& error) {
+        report_failure(call, error.what());
+    }
+    return failed;
+}
+
+}  // namespace vel
+
+#endif

@@ -1,0 +1,309 @@
+#include <sys/wait.h>
+
+#include <csignal>
+
+#include "tests/platform/queue/place.h"
+
+namespace vel::test {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::StartsWith;
+
+class QueueCalls : public QueuePlace {
+  protected:
+    QueueCalls() { EXPECT_EQ(MQInit("host", "module"), 1); }
+
+    // Runs body in a child process, which then dies as by a crash.
+    template <class Body>
+    static void in_dying_child(Body&& body) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            body();
+            ::raise(SIGKILL);
+        }
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
+    }
+};
+
+// The directories that a queue cannot live in, and what the log says.
+TEST_F(QueueCalls, refuses_a_directory_that_will_not_do) {
+    write("file", "");
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"", "1 MQInit: [Gateway] QueueDirectory is empty."},
+        {"queue", "1 MQInit: [Gateway] QueueDirectory is not absolute: queue."},
+        {path("none"), "1 MQInit: cannot use " + path("none") + ": No such file or directory."},
+        {path("file"), "1 MQInit: [Gateway] QueueDirectory is no directory: " + path("file") + "."},
+    };
+    for (const auto& [directory, line] : cases) {
+        ProfileOverlaySet("Gateway", "QueueDirectory", directory.c_str());
+        EXPECT_EQ(MQInit(nullptr, nullptr), 0);
+        EXPECT_THAT(take_log(), ElementsAre(line));
+    }
+}
+
+TEST_F(QueueCalls, gives_names_that_last_and_copies_everything) {
+    MQContext* const context = CreateMQEntry();
+    ASSERT_NE(context, nullptr);
+    const char* const base = GetMQPathName(context, "");
+    const char* const message = GetMQPathName(context, ".msg");
+    EXPECT_EQ(GetMQPathName(context, nullptr), base);
+    EXPECT_EQ(message, std::string(base) + ".msg");
+    EXPECT_TRUE(std::filesystem::exists(std::string(base) + ".lck"));
+    EXPECT_THAT(std::filesystem::path(base).filename().string(), testing::MatchesRegex("[0-9a-v]{24}"));
+
+    put_message(message, "Hello\r\n");
+    {
+        stEnvelope envelope;
+        std::string address = "a\n\"b@example.com";
+        std::string forged = "x\nqueued: forged";
+        _envFrom from{"s", "id", VEL_RET_FULL, 7, nullptr, "c"};
+        _envRecip to{address.c_str(), forged.c_str(), VEL_NOTIFY_DELAY, "t", "u"};
+        envelope.number = 5;
+        envelope.number2 = -1;
+        envelope.senders.Add(&from);
+        for (int i = 0; i < 3; ++i) envelope.recipients.Add(&to);
+        envelope.recipients.Next();  // Wherever the cursor stands.
+        EXPECT_EQ(InsertMQChannel(context, "channel", 255), 1);
+        EXPECT_EQ(PutMQEnvelope(context, TestEnvelope({"replaced"}).get()), 1);
+        EXPECT_EQ(PutMQEnvelope(context, &envelope), 1);
+        address.assign("gone");
+    }
+    const std::string id = std::filesystem::path(base).filename();
+    const std::string path = message;
+    EXPECT_THAT(listed(), IsEmpty());
+    EXPECT_EQ(CloseMQEntry(context), 1);
+
+    const OwnedEntry entry = read(id);
+    EXPECT_EQ(entry->path, path);
+    EXPECT_EQ(std::vector<int64_t>({entry->size, entry->priority, entry->number, entry->number2,
+                                    entry->sender.returnType, entry->sender.number, entry->recipientCount}),
+              std::vector<int64_t>({7, 255, 5, -1, VEL_RET_FULL, 7, 3}));
+    EXPECT_EQ(std::string(entry->channel) + entry->sender.address + entry->sender.envelopeId + entry->sender.text +
+                  entry->sender.channel,
+              "channelsidc");
+    const MQRecipient& last = entry->recipients[2];
+    EXPECT_STREQ(last.address, "a\n\"b@example.com");
+    EXPECT_STREQ(last.originalRecipient, "x\nqueued: forged");
+    EXPECT_EQ(std::string(last.text) + last.text2, "tu");
+    EXPECT_EQ(last.notify, VEL_NOTIFY_DELAY);
+    EXPECT_EQ(last.due, entry->arrival);
+    EXPECT_THAT(take_log(),
+                testing::Each("3 queued: " + id +
+                              " channel=\"channel\" recipient=\"a\n\"\"b@example.com\" size=7 who=\"module\""));
+}
+
+// Whatever is missing: nothing is visible, no file stays, and the context is gone.
+TEST_F(QueueCalls, an_entry_that_is_not_complete_goes) {
+    const std::vector<std::pair<std::string, std::function<void(MQContext*)>>> cases = {
+        {"has no channel", [](MQContext* c) { PutMQEnvelope(c, TestEnvelope({"a"}).get()); }},
+        {"has no envelope", [](MQContext* c) { InsertMQChannel(c, "c", 255); }},
+        {"has no message",
+         [](MQContext* c) {
+             InsertMQChannel(c, "c", 255);
+             PutMQEnvelope(c, TestEnvelope({"a"}).get());
+             put_message(GetMQPathName(c, ".msg"), "");
+         }},
+        {"another file is in the place",
+         [](MQContext* c) {
+             InsertMQChannel(c, "c", 255);
+             PutMQEnvelope(c, TestEnvelope({"a"}).get());
+             const std::string path = GetMQPathName(c, ".msg");
+             put_message(path + "2", "other");
+             std::filesystem::rename(path + "2", path);
+         }},
+    };
+    for (const auto& [reason, prepare] : cases) {
+        MQContext* const context = CreateMQEntry();
+        put_message(GetMQPathName(context, ".msg"), "text");
+        prepare(context);
+        EXPECT_EQ(CloseMQEntry(context), 0);
+        EXPECT_THAT(take_log(), ElementsAre(HasSubstr(reason)));
+        EXPECT_THAT(files(), IsEmpty()) << reason;
+        EXPECT_EQ(DiscardMQEntry(context), 0);
+        take_log();
+    }
+    EXPECT_THAT(listed(), IsEmpty());
+}
+
+TEST_F(QueueCalls, null_and_dead_contexts_and_bad_arguments_are_harmless) {
+    MQContext* const dead = CreateMQEntry();
+    EXPECT_EQ(DiscardMQEntry(dead), 1);
+    for (MQContext* const context : {static_cast<MQContext*>(nullptr), dead}) {
+        EXPECT_EQ(GetMQPathName(context, ".msg"), nullptr);
+        EXPECT_EQ(InsertMQChannel(context, "c", 255), 0);
+        EXPECT_EQ(PutMQEnvelope(context, TestEnvelope({"a"}).get()), 0);
+        EXPECT_EQ(CloseMQEntry(context), 0);
+        EXPECT_EQ(DiscardMQEntry(context), 0);
+    }
+    MQContext* const context = CreateMQEntry();
+    EXPECT_EQ(InsertMQChannel(context, "", 255), 0);
+    EXPECT_EQ(InsertMQChannel(context, nullptr, 255), 0);
+    EXPECT_EQ(PutMQEnvelope(context, nullptr), 0);
+    stEnvelope nobody;
+    EXPECT_EQ(PutMQEnvelope(context, &nobody), 0);
+    EXPECT_EQ(DiscardMQEntry(context), 1);
+    EXPECT_THAT(files(), IsEmpty());
+    MQFreeEntry(nullptr);
+    EXPECT_EQ(MQCloseConsumer(nullptr), 0);
+}
+
+TEST_F(QueueCalls, keeps_a_reserve_of_free_space) {
+    EXPECT_GT(MQFreeBytes(), 0);
+    ProfileOverlaySet("Queue", "MinimumFree", "4000000000");
+    EXPECT_EQ(CreateMQEntry(), nullptr);
+    EXPECT_THAT(take_log(), ElementsAre(HasSubstr("MinimumFree")));
+    EXPECT_THAT(files(), IsEmpty());
+}
+
+TEST_F(QueueCalls, a_message_for_nobody_is_held) {
+    submit({});
+    EXPECT_THAT(listed(MQ_HELD), ElementsAre(" 4 0"));
+    EXPECT_THAT(take_log(), ElementsAre(HasSubstr("reason=\"no recipients\"")));
+}
+
+// A crash, or exec, leaves an open entry; another start takes it away, and neither a living one nor a committed one.
+TEST_F(QueueCalls, reclaims_what_the_dead_left_open) {
+    const std::string committed = submit();
+    MQContext* const mine = CreateMQEntry();
+    in_dying_child([] {
+        CreateMQEntry();
+        put_message(GetMQPathName(CreateMQEntry(), ".msg"), "half");
+        submit({"of the child"});
+    });
+    EXPECT_THAT(files(), SizeIs(3 + 4 + 1));
+    EXPECT_EQ(MQInit(nullptr, "again"), 1);
+    EXPECT_THAT(files(), SizeIs(3 + 1));
+    EXPECT_EQ(MQReclaim(), 0);
+    put_message(GetMQPathName(mine, ".msg"), "whole");
+    EXPECT_EQ(InsertMQChannel(mine, "c", 255), 1);
+    EXPECT_EQ(PutMQEnvelope(mine, TestEnvelope({"mine"}).get()), 1);
+    EXPECT_EQ(CloseMQEntry(mine), 1);
+    EXPECT_THAT(listed(), ElementsAre("ann@example.com 1 0", "mine 1 0", "of the child 1 0"));
+}
+
+// A child has a connection of its own, and no part in what its parent has open.
+TEST_F(QueueCalls, lives_on_in_both_after_a_fork) {
+    MQContext* const mine = CreateMQEntry();
+    const OwnedConsumer consumer(MQOpenConsumer("parent"));
+    in_dying_child([&] {
+        MQEntry* entry = nullptr;
+        if (CloseMQEntry(mine) || DiscardMQEntry(mine) || MQClaim(consumer.get(), nullptr, 0, 1, &entry) != -1)
+            ::_exit(1);
+        if (submit({"child"}).empty()) ::_exit(2);
+    });
+    EXPECT_NE(submit({"parent"}), "");
+    EXPECT_THAT(listed(), ElementsAre("child 1 0", "parent 1 0"));
+    EXPECT_EQ(DiscardMQEntry(mine), 1);
+}
+
+TEST_F(QueueCalls, sweeps_message_locks_that_are_stale) {
+    const std::string id = submit();
+    const OwnedEntry entry = read(id);
+    const std::string base = std::filesystem::path(entry->path).replace_extension();
+    std::string alone = base;
+    alone[alone.size() - 3] = alone[alone.size() - 3] == '0' ? '1' : '0';
+    put_message(base + ".lck", "");
+    put_message(alone + ".lck", "");
+    MQReclaim();
+    EXPECT_THAT(files(), SizeIs(2));
+    std::filesystem::last_write_time(base + ".lck",
+                                     std::filesystem::file_time_type::clock::now() - std::chrono::hours(25));
+    MQReclaim();
+    EXPECT_THAT(files(), ElementsAre(id + ".msg"));
+}
+
+class QueueConsumers : public QueueCalls {};
+
+TEST_F(QueueConsumers, each_recipient_goes_its_own_way_and_the_last_ends_the_entry) {
+    const std::string id = submit({"a", "b", "c", "d"});
+    take_log();
+    const OwnedConsumer consumer(MQOpenConsumer("runner"));
+    const OwnedEntry entry = claim(consumer, 3);
+    ASSERT_TRUE(entry);
+    EXPECT_EQ(entry->id, id);
+    EXPECT_EQ(MQFinish(consumer.get(), id.c_str(), 0), 1);
+    EXPECT_EQ(MQDefer(consumer.get(), id.c_str(), 1, entry->arrival + int64_t{3'600'000'000}, "busy"), 1);
+    EXPECT_EQ(MQFail(consumer.get(), id.c_str(), 2, "unknown"), 1);
+    EXPECT_EQ(MQFinish(consumer.get(), id.c_str(), MQ_ALL), 0);
+    EXPECT_EQ(MQFinish(consumer.get(), id.c_str(), 3), 0);
+    EXPECT_THAT(listed(), ElementsAre("b 1 1", "d 1 0"));
+
+    EXPECT_EQ(claim(consumer)->recipients[0].number, 3);
+    EXPECT_FALSE(claim(consumer));
+    EXPECT_EQ(MQHold(consumer.get(), id.c_str(), MQ_ALL, "look"), 1);
+    EXPECT_EQ(MQReleaseEntry(id.c_str(), MQ_ALL, "root"), 1);
+    EXPECT_EQ(MQHoldEntry(id.c_str(), MQ_ALL, "stop", "root"), 2);
+    EXPECT_THAT(listed(MQ_HELD), SizeIs(2));
+    EXPECT_EQ(MQRemoveEntry(id.c_str(), 1, "root"), 1);
+    EXPECT_THAT(files(), SizeIs(1));
+    EXPECT_EQ(MQRemoveEntry(id.c_str(), MQ_ALL, "root"), 1);
+    EXPECT_THAT(files(), IsEmpty());
+    EXPECT_THAT(listed(), IsEmpty());
+
+    const std::vector<std::string> events = {"claimed", "claimed", "claimed", "delivered", "deferred",
+                                             "failed",  "claimed", "held",    "released",  "held",
+                                             "held",    "removed", "removed"};
+    const auto lines = take_log();
+    ASSERT_EQ(lines.size(), events.size());
+    for (std::size_t i = 0; i < events.size(); ++i) EXPECT_THAT(lines[i], StartsWith("3 " + events[i] + ": " + id));
+    EXPECT_THAT(lines[4], testing::EndsWith("recipient=\"b\" size=7 who=\"runner\" reason=\"busy\""));
+}
+
+TEST_F(QueueConsumers, a_claim_comes_back_when_its_consumer_dies_and_stands_behind_the_others) {
+    submit({"deadly"});
+    submit({"good"});
+    in_dying_child([] {
+        MQEntry* entry = nullptr;
+        MQClaim(MQOpenConsumer("victim"), nullptr, 0, 3600, &entry);
+    });
+    const OwnedConsumer consumer(MQOpenConsumer("next"));
+    EXPECT_STREQ(claim(consumer)->recipients[0].address, "good");
+    const OwnedEntry again = claim(consumer);
+    EXPECT_STREQ(again->recipients[0].address, "deadly");
+    EXPECT_EQ(again->recipients[0].attempts, 2);
+}
+
+TEST_F(QueueConsumers, a_message_that_is_damaged_is_held) {
+    const std::string id = submit({"damaged"});
+    submit({"sound"});
+    put_message(read(id)->path, "longer than it was");
+    const OwnedConsumer consumer(MQOpenConsumer("runner"));
+    take_log();
+    EXPECT_STREQ(claim(consumer)->recipients[0].address, "sound");
+    EXPECT_THAT(take_log(), Contains(StartsWith("1 MQClaim: the message file is missing or has another size")));
+    EXPECT_THAT(listed(MQ_HELD), ElementsAre("damaged 4 1"));
+}
+
+TEST_F(QueueConsumers, leaving_gives_everything_back) {
+    submit({"a", "b"});
+    OwnedConsumer consumer(MQOpenConsumer("one"));
+    EXPECT_TRUE(claim(consumer));
+    EXPECT_EQ(MQExtend(consumer.get(), "none", MQ_ALL, 5), 0);
+    EXPECT_EQ(MQCloseConsumer(consumer.release()), 1);
+    EXPECT_THAT(listed(MQ_WAITING), ElementsAre("a 1 1", "b 1 1"));
+    EXPECT_TRUE(std::filesystem::is_empty(path("queue/consumers")));
+}
+
+TEST_F(QueueConsumers, counts_by_channel_and_state) {
+    submit({"a", "b"}, "one");
+    submit({"c"}, "two");
+    submit({}, "two");
+    std::vector<std::string> counts;
+    const MQCountVisitor visit = [](void* context, const MQCount* count) {
+        static_cast<std::vector<std::string>*>(context)->push_back(
+            std::string(count->channel) + " " + std::to_string(count->state) + " " + std::to_string(count->recipients));
+    };
+    EXPECT_EQ(MQCountEntries(visit, &counts), 3);
+    EXPECT_THAT(counts, ElementsAre("one 1 2", "two 1 1", "two 4 1"));
+    EXPECT_THAT(listed(MQ_WAITING, "two"), ElementsAre("c 1 0"));
+}
+
+}  // namespace
+}  // namespace vel::test
