@@ -1,4 +1,4 @@
-/* What a gateway written in C does with the installed library: start, parse, walk, extract, end. */
+/* What a gateway written in C does with the installed library: start, build, parse, walk, extract, end. */
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -121,6 +121,20 @@ static void use_binhex(void) {
     MimeFreeFile(back);
 }
 
+static void use_builders(void) {
+    char* body = VELGetTempFileName(NULL, "txt");
+    char name[] = "name=a.txt";
+    const ms parameters = {name, NULL};
+    const int handle = filecreate(body, 0, 1);
+    check(putline(handle, "text\r\n") == 1 && fileclose(handle) == 1, "writing a body");
+    expect_file(MimeBuildMessage("me@example.com", NULL, "A text", NULL, "text", "plain", &parameters, "7bit", NULL,
+                                 NULL, body, NULL, 0),
+                "From: me@example.com\r\nSubject: A text\r\n"
+                "Content-type: text/plain; name=\"a.txt\"\r\nContent-transfer-encoding: 7bit\r\n"
+                "Content-disposition: inline; filename=\"a.txt\"\r\n\r\ntext\r\n");
+    MimeFreeFile(body);
+}
+
 int main(void) {
     mime_msg_pool* pool = NULL;
     MimeMsg* record;
@@ -134,6 +148,7 @@ int main(void) {
     use_settings_and_locks();
     use_header_texts();
     use_binhex();
+    use_builders();
 
     path = VELGetTempFileName(NULL, "msg");
     check(path != NULL, "VELGetTempFileName");
