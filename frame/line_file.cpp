@@ -115,6 +115,17 @@ LineResult LineFile::next(std::string_view& line) {
     return LineResult::line;
 }
 
+std::string_view LineFile::next_lines() {
+    if (needs_block()) return {};
+    const auto there = static_cast<std::size_t>(f_.buf + f_.cnt - f_.cur);
+    const void* last_feed = ::memrchr(f_.cur, '\n', there);
+    if (!last_feed) return {};
+    const std::string_view lines(reinterpret_cast<const char*>(f_.cur), static_cast<const char*>(last_feed) + 1);
+    if (lines.find('\0') != lines.npos) return {};
+    pass(lines.size());
+    return lines;
+}
+
 LineResult LineFile::next_with(std::string_view prefix, std::string_view& line) {
     return next_where([=](std::string_view text) { return text.starts_with(prefix); }, line);
 }
@@ -175,8 +186,8 @@ void LineFile::empty_buffer() {
     f_.cnt = kBlock;
 }
 
-bool LineFile::write_block(const uint8_t* block, const char* message) {
-    if (write_all(f_.fd, block, kBlock)) return true;
+bool LineFile::write_blocks(const void* blocks, std::size_t length, const char* message) {
+    if (write_all(f_.fd, blocks, length)) return true;
     log_text(kLogError, message);
     return false;
 }
@@ -204,15 +215,15 @@ int LineFile::put(std::string_view text) {
     if (!start_buffer()) return -1;
     if (const auto room = static_cast<std::size_t>(f_.cnt); text.size() >= room) {
         std::memcpy(f_.cur, text.data(), room);
-        if (!write_block(f_.buf, kFailed)) return -1;
+        if (!write_blocks(f_.buf, kBlock, kFailed)) return -1;
         f_.pos += static_cast<int32_t>(room);
         empty_buffer();
         text.remove_prefix(room);
         if (!take_real_offset() || would_overflow(text.size())) return -1;
-        for (; text.size() >= kBlock; text.remove_prefix(kBlock)) {
-            if (!write_block(reinterpret_cast<const uint8_t*>(text.data()), kFailed)) return -1;
-            f_.pos += kBlock;
-        }
+        const std::size_t whole = text.size() / kBlock * kBlock;
+        if (whole > 0 && !write_blocks(text.data(), whole, kFailed)) return -1;
+        f_.pos += static_cast<int32_t>(whole);
+        text.remove_prefix(whole);
     }
     std::memcpy(f_.cur, text.data(), text.size());
     f_.cur += text.size();
@@ -231,7 +242,7 @@ int LineFile::out(int character) {
     if (!start_buffer()) return -1;
     if (f_.cnt <= 0) {
         if (would_overflow(kBlock + 1)) return -1;
-        if (!write_block(f_.buf, "outch: WriteFile failed.")) return -1;
+        if (!write_blocks(f_.buf, kBlock, "outch: WriteFile failed.")) return -1;
         f_.pos += kBlock;  // Kept: these bytes were counted one by one before.
         empty_buffer();
     } else if (would_overflow(1)) {

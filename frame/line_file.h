@@ -32,6 +32,10 @@ class LineFile {
     // Hands out the next line, in the record's own buffer, NUL-terminated behind its end.
     LineResult next(std::string_view& line);
 
+    // Hands out the whole lines that stand in the buffer, as one text and uncopied; nothing when there is none, or a
+    // NUL among them. What is left comes with next.
+    std::string_view next_lines();
+
     // Passes lines up to one that is wanted. Those that stand whole in the buffer are passed uncopied;
     // wanted(line) may be asked twice about a line.
     template <class Wanted>
@@ -76,7 +80,7 @@ class LineFile {
     }
     bool is_used_up() const { return f_.cur == f_.buf + f_.cnt; }
     bool at_end() const { return is_used_up() && f_.cnt < kBlock; }
-    bool write_block(const uint8_t* block, const char* message);
+    bool write_blocks(const void* blocks, std::size_t length, const char* message);
     bool would_overflow(std::size_t more);
     bool start_buffer();
     void empty_buffer();
