@@ -56,6 +56,7 @@ bool write_jis(int in, int out) {
 // A message from the queue may have its envelope before the first header line.
 class WithoutEnvelope {
   public:
+    bool is_over() const { return !in_front_; }
     std::string_view operator()(std::string_view line, bool begins) {
         if (begins) in_front_ = in_front_ && is_envelope(line);
         return in_front_ ? std::string_view() : line;

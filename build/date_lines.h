@@ -10,6 +10,7 @@ namespace vel {
 // Writes the Date and Resent-date lines of a header block anew, for copy_lines.
 class WithDatesRewritten {
   public:
+    bool is_over() const { return !in_header_; }
     std::string_view operator()(std::string_view line, bool begins);
 
   private:
