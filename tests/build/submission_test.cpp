@@ -30,12 +30,16 @@ struct Send {
 class SubmissionTest : public BuildTest {
   protected:
     SubmissionTest() {
+        Init822Parser();
         queue_.base = (directory() / "0entry1").string();
         queue = &queue_;
         set("Connection", "GatewayHostName", "gw");
         set("Connection", "GatewayDomain", "corp");
     }
-    ~SubmissionTest() override { queue = nullptr; }
+    ~SubmissionTest() override {
+        queue = nullptr;
+        Terminate822Parser();
+    }
 
     char* send_file(const Send& send, const std::string& path) {
         queue_.calls = queue_.envelope = "";

@@ -1,4 +1,7 @@
 // A message's whole way: built, put into the real queue, claimed, taken apart.
+#include <set>
+#include <thread>
+
 #include "tests/build/built.h"
 #include "vel/japanese.h"
 #include "vel/mime.h"
@@ -26,6 +29,8 @@ class JourneyTest : public BuildTest {
         EXPECT_TRUE(MQInit(nullptr, "test"));
         consumer_.reset(MQOpenConsumer("test"));
     }
+
+    ~JourneyTest() override { Terminate822Parser(); }
 
     // The next entry for a channel; null when there is none.
     std::unique_ptr<MQEntry, decltype(&MQFreeEntry)> claimed(const char* channel) {
@@ -137,6 +142,35 @@ TEST_F(JourneyTest, an_entry_of_the_caller_arrives) {
     EXPECT_STREQ(entry->recipients[0].address, "joe");
     EXPECT_EQ(entry->sender.number, 7);
     EXPECT_THAT(bodies(entry->path), ElementsAre("body\r\n"));
+    take_log();
+}
+
+class JourneyThreads : public JourneyTest {};
+
+TEST_F(JourneyThreads, messages_that_are_sent_at_once_all_arrive) {
+    constexpr int kThreads = 4, kMessages = 5;
+    const std::string path = file("message", "Date: 1 Feb 1999 10:20 EST\r\n\r\nbody\r\n");
+    const _envRecip joe{"joe", nullptr, 0, nullptr, nullptr};
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < kThreads; ++thread) {
+        threads.emplace_back([&] {
+            const QuietLog quiet;
+            for (int i = 0; i < kMessages; ++i) {
+                ReleaseQueueId(
+                    MimeSendMessage("me", nullptr, 0, 0, nullptr, "smtp", &joe, 1, nullptr, path.c_str(), 0, 0, 0));
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    std::set<std::string> sizes, ids;
+    while (const auto entry = claimed("smtp")) {
+        ids.insert(entry->id);
+        sizes.insert(std::to_string(content(entry->path).size()));
+        MQFinish(consumer_.get(), entry->id, MQ_ALL);
+    }
+    EXPECT_EQ(ids.size(), std::size_t{kThreads * kMessages});
+    EXPECT_EQ(sizes.size(), 1u);
+    EXPECT_EQ(files(), 0u);
     take_log();
 }
 
