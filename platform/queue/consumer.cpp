@@ -1,11 +1,11 @@
 #include "platform/queue/consumer.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <utility>
 
 #include "platform/queue/accounting.h"
+#include "platform/queue/check.h"
 #include "platform/queue/identifier.h"
 #include "platform/queue/owned_file.h"
 #include "platform/queue/reclaim.h"
@@ -15,8 +15,6 @@ namespace vel {
 namespace {
 
 constexpr int64_t kMicroseconds = 1'000'000;
-
-constexpr const char* kDamaged = "the message file is missing or has another size";
 
 }  // namespace
 
@@ -60,14 +58,9 @@ std::optional<Entry> Consumer::claim_whole(ClaimRequest request) {
         request.now = now();
         request.lease_until = request.now + lease;
         auto entry = store_->ask([&](Driver& driver) { return driver.claim(request); });
-        if (!entry || has_message(*entry)) return entry;
+        if (!entry || is_sound(store_->directory(), *entry)) return entry;
         hold(*entry);
     }
-}
-
-bool Consumer::has_message(const Entry& entry) {
-    struct stat status;
-    return ::stat(store_->directory().message(entry.id).c_str(), &status) == 0 && status.st_size == entry.size;
 }
 
 void Consumer::hold(const Entry& entry) {

@@ -38,7 +38,6 @@ class Consumer {
 
   private:
     std::optional<Entry> claim_whole(ClaimRequest request);
-    bool has_message(const Entry& entry);
     void hold(const Entry& entry);
     bool is_time_to_look_around();
 

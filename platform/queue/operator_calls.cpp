@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/queue/check.h"
 #include "platform/queue/entry_view.h"
 #include "platform/queue/reclaim.h"
 #include "platform/queue/report.h"
@@ -61,6 +62,15 @@ int count_entries(MQCountVisitor visitor, void* context) {
     return static_cast<int>(counts.size());
 }
 
+int check_queue(bool repair, MQFindingVisitor visitor, void* context) {
+    int findings = 0;
+    vel::check(*vel::connected(), repair, [&](const std::string& id, const std::string& what) {
+        ++findings;
+        visitor(context, id.c_str(), what.c_str());
+    });
+    return findings;
+}
+
 }  // namespace
 
 extern "C" {
@@ -99,6 +109,10 @@ int MQCountEntries(MQCountVisitor visitor, void* context) {
 int64_t MQFreeBytes(void) {
     return vel::guarded("MQFreeBytes", int64_t{kFailed},
                         [] { return static_cast<int64_t>(vel::connected()->directory().free_bytes()); });
+}
+
+int MQCheck(int repair, MQFindingVisitor visitor, void* context) {
+    return vel::guarded("MQCheck", kFailed, [=] { return check_queue(repair != 0, visitor, context); });
 }
 
 int MQReclaim(void) {

@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <string>
 #include <vector>
@@ -23,34 +22,29 @@ bool is_committed(Store& store, const std::string& id) {
 }
 
 // A maker commits before it gives its lock up: so the rows are looked for when the lock is here, not before.
-bool reclaim_open(Store& store, const std::string& id) {
-    const Descriptor lock = take_ownerless(store.directory().message(id));
-    return lock && !is_committed(store, id) && remove_files(store.directory().base(id));
+Descriptor take_abandoned(Store& store, const std::string& id) {
+    if (is_committed(store, id)) return Descriptor();  // as most are
+    Descriptor lock = take_ownerless(store.directory().message(id));
+    if (lock && is_committed(store, id)) return Descriptor();
+    return lock;
 }
 
 std::size_t reclaim_open(Store& store) {
-    std::vector<std::string> suspects;
+    std::size_t count = 0;
     store.directory().each_file(kMessageSuffix, [&](const std::string& id) {
-        if (!is_committed(store, id)) suspects.push_back(id);
+        const Descriptor lock = take_abandoned(store, id);
+        if (!lock) return;
+        if (count == 0) store.ask([](Driver& driver) { driver.seal(); });
+        if (remove_files(store.directory().base(id))) ++count;
     });
-    if (suspects.empty()) return 0;
-    store.ask([](Driver& driver) { driver.seal(); });
-    return static_cast<std::size_t>(
-        std::count_if(suspects.begin(), suspects.end(), [&](const auto& id) { return reclaim_open(store, id); }));
-}
-
-bool is_stale(const std::string& base) {
-    struct stat status;
-    if (::lstat((base + std::string(kMessageSuffix)).c_str(), &status) != 0) return errno == ENOENT;
-    if (::lstat((base + std::string(kLockSuffix)).c_str(), &status) != 0) return false;
-    return now() / 1'000'000 - int64_t{status.st_mtime} > kStaleSeconds;
+    return count;
 }
 
 // A message file is made before its lock and removed after it.
 void sweep_locks(Store& store) {
     store.directory().each_file(kLockSuffix, [&](const std::string& id) {
         const std::string base = store.directory().base(id);
-        if (is_stale(base)) ::unlink((base + std::string(kLockSuffix)).c_str());
+        if (is_stale_lock(base)) ::unlink((base + std::string(kLockSuffix)).c_str());
     });
 }
 
@@ -71,6 +65,15 @@ bool is_dead(const Store& store, const std::string& consumer) {
 }
 
 }  // namespace
+
+bool is_abandoned(Store& store, const std::string& id) { return static_cast<bool>(take_abandoned(store, id)); }
+
+bool is_stale_lock(const std::string& base) {
+    struct stat status;
+    if (::lstat((base + std::string(kMessageSuffix)).c_str(), &status) != 0) return errno == ENOENT;
+    if (::lstat((base + std::string(kLockSuffix)).c_str(), &status) != 0) return false;
+    return now() / 1'000'000 - int64_t{status.st_mtime} > kStaleSeconds;
+}
 
 std::size_t reclaim(Store& store) {
     take_back_claims(store);

@@ -3,6 +3,7 @@
 #define VEL_PLATFORM_QUEUE_RECLAIM_H
 
 #include <cstddef>
+#include <string>
 
 #include "platform/queue/store.h"
 
@@ -10,6 +11,10 @@ namespace vel {
 
 // Returns how many open entries there were. What is committed is never touched.
 std::size_t reclaim(Store& store);
+
+// What reclaiming would take: a message file without rows whose maker is dead; the message lock of a base path.
+bool is_abandoned(Store& store, const std::string& id);
+bool is_stale_lock(const std::string& base);
 
 // The claims of dead consumers alone, which is cheap.
 void take_back_claims(Store& store);

@@ -199,6 +199,15 @@ VEL_API int MQCountEntries(MQCountVisitor visitor, void* context);
 /* Returns how many bytes are free where the queue is, or -1. */
 VEL_API int64_t MQFreeBytes(void);
 
+/* Is shown what is wrong: with an entry, or with the database when the identifier is empty. */
+typedef void (*MQFindingVisitor)(void* context, const char* id, const char* finding);
+
+/* Compares database and files: message files without entry, entries without their message file or with one of
+   another size, stale message locks, faults of the database itself.
+     repair  non-zero: holds what waits without its message, and reclaims
+   Returns how many findings there were, or -1. */
+VEL_API int MQCheck(int repair, MQFindingVisitor visitor, void* context);
+
 /* Takes away what dead processes have left: open entries with their files, message locks without their message or
    more than a day old, claims. MQInit and MQOpenConsumer do so too. Returns how many open entries it was, or -1. */
 VEL_API int MQReclaim(void);

@@ -291,6 +291,30 @@ TEST_F(QueueConsumers, leaving_gives_everything_back) {
     EXPECT_TRUE(std::filesystem::is_empty(path("queue/consumers")));
 }
 
+// What tables and files disagree on is told, and gone after a repair.
+TEST_F(QueueCalls, checks_and_repairs) {
+    const std::string missing = submit({"missing"});
+    const std::string locked = submit();
+    in_dying_child([] { CreateMQEntry(); });
+    std::filesystem::remove(read(missing)->path);
+    const std::filesystem::path lock = std::filesystem::path(read(locked)->path).replace_extension(".lck");
+    put_message(lock, "");
+    std::filesystem::last_write_time(lock, std::filesystem::file_time_type::clock::now() - std::chrono::hours(25));
+
+    std::vector<std::string> findings;
+    const MQFindingVisitor visit = [](void* context, const char* id, const char* what) {
+        static_cast<std::vector<std::string>*>(context)->push_back(std::string(id) + " " + what);
+    };
+    EXPECT_EQ(MQCheck(0, visit, &findings), 3);
+    EXPECT_THAT(findings,
+                ElementsAre(testing::EndsWith("a message file without its entry"), locked + " a stale message lock",
+                            missing + " the message file is missing or has another size"));
+    EXPECT_EQ(MQCheck(1, visit, &findings), 3);
+    EXPECT_EQ(MQCheck(0, visit, &findings), 1);
+    EXPECT_THAT(listed(MQ_HELD), ElementsAre("missing 4 0"));
+    EXPECT_THAT(files(), ElementsAre(locked + ".msg"));
+}
+
 TEST_F(QueueConsumers, counts_by_channel_and_state) {
     submit({"a", "b"}, "one");
     submit({"c"}, "two");
