@@ -1,6 +1,5 @@
 // Builders with hostile values: any texts for header fields and any body, in each encoding, and what was built as a part
 // of another message and on its way into the queue. A parameter of ASCII comes back from its quotes.
-#include <sys/mman.h>
 #include <unistd.h>
 
 #include <array>
@@ -11,26 +10,14 @@
 #include "build/date_lines.h"
 #include "build/header_value.h"
 #include "frame/owned.h"
+#include "fuzz/directory.h"
 #include "fuzz/expect.h"
 #include "vel/build.h"
 #include "vel/frame.h"
 #include "vel/platform/config.h"
-#include "vel/platform/log.h"
 #include "vel/words.h"
 
 namespace {
-
-// Where messages go until they are removed.
-char directory[] = "/tmp/vel-fuzz-XXXXXX";
-
-int start() {
-    if (!::mkdtemp(directory)) std::exit(1);
-    std::atexit([] { std::filesystem::remove_all(directory); });
-    ProfileOverlaySet("Gateway", "TemporaryDirectory", directory);
-    LogCaptureStart([](void*, int, const char*, const char*) {}, nullptr);
-    InitVELDll_NOMQ("fuzz");
-    return ::memfd_create("body", 0);
-}
 
 // The pieces between the NULs; the last one holds what is behind them.
 std::array<std::string, 6> pieces_of(std::string_view input) {
@@ -72,7 +59,7 @@ void rewrite_dates(std::string_view message) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static const int fd = start();
+    static const int fd = start_in_directory();
     auto [charset, address, subject, parameter, extra, body] = pieces_of({reinterpret_cast<const char*>(data), size});
     if (::ftruncate(fd, 0) != 0 || ::pwrite(fd, body.data(), body.size(), 0) != static_cast<ssize_t>(body.size()))
         return 0;
