@@ -173,9 +173,8 @@ VEL_API int MQReadEntry(const char* id, MQEntry** entry);
 /* Is shown an entry; it lives until the function returns. Non-zero: go on. */
 typedef int (*MQEntryVisitor)(void* context, const MQEntry* entry);
 
-/* Shows the entries in the order of their identifiers, which is that in which they were
-   opened, each once, with those of its
-   recipients that match. What comes and goes meanwhile is shown or not.
+/* Shows the entries in the order of their identifiers, which is that in which they were opened, each
+   once, with those of its recipients that match. What comes and goes meanwhile is shown or not.
      channel  a name, compared exactly; null: all channels
      states   bits; 0: all states
      after    where to begin, behind this identifier; null or empty: with the first
