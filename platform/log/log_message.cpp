@@ -9,10 +9,17 @@ namespace {
 struct Capture {
     LogCaptureSink sink;
     void* context;
+    bool written;  // the lines go to the log too
 };
 
 // Plain data: it can be asked for while a thread starts or ends.
-constinit thread_local Capture capture{nullptr, nullptr};
+constinit thread_local Capture capture{nullptr, nullptr, true};
+
+int start(const Capture& wanted) {
+    if (!wanted.sink) return 0;
+    capture = wanted;
+    return 1;
+}
 
 // A line that its target does not take goes to standard error, the last resort.
 void write_line(int level, const char* application, const char* text) noexcept {
@@ -29,19 +36,15 @@ void LogMessage(int level, const char* application, const char* text) {
     const vel::KeepErrno errno_kept;
     if (!application) application = "";
     if (!text) text = "";
-    if (capture.sink) {
-        capture.sink(capture.context, level, application, text);
-    } else {
-        write_line(level, application, text);
-    }
+    const Capture asked = capture;
+    if (asked.written) write_line(level, application, text);
+    if (asked.sink) asked.sink(asked.context, level, application, text);
 }
 
-int LogCaptureStart(LogCaptureSink sink, void* context) {
-    if (!sink) return 0;
-    capture = {sink, context};
-    return 1;
-}
+int LogCaptureStart(LogCaptureSink sink, void* context) { return start({sink, context, false}); }
 
-void LogCaptureStop(void) { capture = {nullptr, nullptr}; }
+int LogWatchStart(LogCaptureSink sink, void* context) { return start({sink, context, true}); }
+
+void LogCaptureStop(void) { capture = {nullptr, nullptr, true}; }
 
 }  // extern "C"

@@ -230,11 +230,15 @@ TEST_F(Log, hands_the_threads_lines_to_its_capture) {
     std::thread([] { LogMessage(1, "a", "another thread"); }).join();
     LogCaptureStart(sink, &others);
     LogMessage(1, "b", "c");
+    EXPECT_EQ(LogWatchStart(nullptr, &lines), 0);
+    EXPECT_EQ(LogWatchStart(sink, &others), 1);
+    LogMessage(1, "b", "watched");
+    LogMessage(6, "b", "of a level that is not written");
     for (int i = 0; i < 2; ++i) LogCaptureStop();
     LogMessage(1, "a", "stopped");
     EXPECT_EQ(lines, "6araw\n\\|1|");
-    EXPECT_EQ(others, "1bc|");
-    EXPECT_THAT(records("stderr"), ElementsAre("1 a another thread", "1 a stopped"));
+    EXPECT_EQ(others, "1bc|1bwatched|6bof a level that is not written|");
+    EXPECT_THAT(records("stderr"), ElementsAre("1 a another thread", "1 b watched", "1 a stopped"));
 }
 
 TEST_F(LogThreads, write_whole_lines_while_the_file_is_rotated) {

@@ -7,7 +7,17 @@
 
 namespace vel::command {
 
-enum class Exit { success = 0, usage = 64, bad_data = 65, no_input = 66, cannot_create = 73, io_error = 74 };
+enum class Exit {
+    success = 0,
+    usage = 64,
+    bad_data = 65,
+    no_input = 66,
+    unavailable = 69,
+    cannot_create = 73,
+    io_error = 74,
+    temporary = 75,
+    config = 78,
+};
 
 // Of several files the worst code counts.
 constexpr Exit worse(Exit a, Exit b) { return a < b ? b : a; }

@@ -1,8 +1,11 @@
 #include "tools/io/journal.h"
 
+#include <array>
 #include <exception>
+#include <string_view>
 #include <utility>
 
+#include "vel/frame.h"
 #include "vel/platform/config.h"
 #include "vel/platform/log.h"
 
@@ -11,6 +14,12 @@ namespace vel::command {
 Journal::Journal() { LogCaptureStart(&Journal::add, this); }
 
 Journal::~Journal() { LogCaptureStop(); }
+
+void Journal::share() {
+    std::array<char, 8> target{};  // longer than "stderr", so that what is cut is something else
+    VELGetPrivateProfileString("Log", "Target", "stderr", target.data(), static_cast<int>(target.size()), iniFileName);
+    if (std::string_view(target.data()) != "stderr") LogWatchStart(&Journal::add, this);
+}
 
 std::vector<LogLine> Journal::take() { return std::exchange(lines_, {}); }
 

@@ -15,13 +15,17 @@ struct LogLine {
 constexpr int kErrorLevel = 1;
 constexpr int kEveryLevel = 6;
 
-// Collects the log lines of the calling thread while it lives. One a thread.
+// Collects the log lines of the calling thread while it lives, instead of the log. One a thread.
 class Journal {
   public:
     Journal();
     Journal(const Journal&) = delete;
     Journal& operator=(const Journal&) = delete;
     ~Journal();
+
+    // From now on the lines go to the log as well, for what others have to be able to look up later. Not where the
+    // log is standard error, on which the command speaks for itself.
+    void share();
 
     // The lines since the last call.
     std::vector<LogLine> take();

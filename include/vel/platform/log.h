@@ -30,7 +30,7 @@ extern "C" {
    Any thread. */
 VEL_API void LogMessage(int level, const char* application, const char* text);
 
-/* The following two are the local library's own. libvel does not call them. */
+/* The following three are the local library's own. libvel does not call them. */
 
 /* Receives one log line. The texts live until the sink returns. A sink must not throw or log. */
 typedef void (*LogCaptureSink)(void* context, int level, const char* application, const char* text);
@@ -42,7 +42,10 @@ typedef void (*LogCaptureSink)(void* context, int level, const char* application
    Returns 1; 0 for a null sink, which changes nothing. */
 VEL_API int LogCaptureStart(LogCaptureSink sink, void* context);
 
-/* Ends the calling thread's capture; nothing when there is none. */
+/* The same, but the lines are written to the log as well, before the sink receives them. */
+VEL_API int LogWatchStart(LogCaptureSink sink, void* context);
+
+/* Ends the calling thread's capture or watch; nothing when there is none. */
 VEL_API void LogCaptureStop(void);
 
 #ifdef __cplusplus
