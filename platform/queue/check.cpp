@@ -2,9 +2,11 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <vector>
 
 #include "platform/queue/reclaim.h"
+#include "platform/queue/report.h"
 #include "platform/queue/settle.h"
 
 namespace vel {
@@ -15,9 +17,7 @@ constexpr std::size_t kPage = 100;
 
 void check_files(Store& store, const Finding& tell) {
     const Directory& directory = store.directory();
-    directory.each_file(kMessageSuffix, [&](const std::string& id) {
-        if (is_abandoned(store, id)) tell(id, "a message file without its entry");
-    });
+    for (const std::string& id : abandoned(store)) tell(id, "a message file without its entry");
     directory.each_file(kLockSuffix, [&](const std::string& id) {
         if (is_stale_lock(directory.base(id))) tell(id, "a stale message lock");
     });
@@ -46,7 +46,10 @@ void check_entries(Store& store, bool repair, const Finding& tell) {
 
 bool is_sound(const Directory& directory, const Entry& entry) {
     struct stat status;
-    return ::stat(directory.message(entry.id).c_str(), &status) == 0 && status.st_size == entry.size;
+    const std::string path = directory.message(entry.id);
+    if (::lstat(path.c_str(), &status) == 0) return S_ISREG(status.st_mode) && status.st_size == entry.size;
+    if (errno != ENOENT && errno != ENOTDIR) throw QueueError::of_system("cannot use", path);
+    return false;
 }
 
 void check(Store& store, bool repair, const Finding& tell) {

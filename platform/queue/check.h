@@ -12,6 +12,7 @@ namespace vel {
 // Why an entry without its message is held.
 inline constexpr const char* kDamaged = "the message file is missing or has another size";
 
+// Whether an entry's message file is there, whole. Throws when that cannot be told.
 bool is_sound(const Directory& directory, const Entry& entry);
 
 // Tells what is wrong, with the entry's identifier, or none for the tables as a whole. Repairing holds what waits

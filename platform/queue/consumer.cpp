@@ -7,7 +7,6 @@
 #include "platform/queue/accounting.h"
 #include "platform/queue/check.h"
 #include "platform/queue/identifier.h"
-#include "platform/queue/owned_file.h"
 #include "platform/queue/reclaim.h"
 #include "platform/queue/report.h"
 
@@ -19,22 +18,23 @@ constexpr int64_t kMicroseconds = 1'000'000;
 }  // namespace
 
 Consumer::Consumer(std::shared_ptr<Store> store, std::string who)
-    : store_(std::move(store)), who_(std::move(who)), process_(::getpid()) {
-    while (!alive_) {
-        id_ = new_identifier();
-        alive_ = make_owned(store_->directory().consumer(id_));
-    }
-}
+    : store_(std::move(store)),
+      who_(std::move(who)),
+      process_(::getpid()),
+      alive_(make_owned([&](const std::string& id) { return store_->directory().consumer(id); })) {}
 
 void Consumer::require_process() const {
     if (process_ != ::getpid()) throw QueueError("the consumer is another process");
 }
 
-Selection Consumer::claimed(const std::string& id, int32_t recipient) const { return {id, recipient, MQ_CLAIMED, id_}; }
+Selection Consumer::claimed(const std::string& id, int32_t recipient) const {
+    return {id, recipient, MQ_CLAIMED, alive_.id};
+}
 
 std::optional<Entry> Consumer::claim(const std::optional<std::vector<std::string>>& channels, std::size_t limit,
                                      int64_t lease) {
-    ClaimRequest request{id_, channels, limit, 0, lease * kMicroseconds};
+    require_file();
+    ClaimRequest request{alive_.id, channels, limit, 0, 0, lease * kMicroseconds};
     if (is_time_to_look_around()) take_back_claims(*store_);
     auto entry = claim_whole(request);
     if (!entry) {
@@ -56,11 +56,35 @@ std::optional<Entry> Consumer::claim_whole(ClaimRequest request) {
     const int64_t lease = request.lease_until;
     for (;;) {
         request.now = now();
-        request.lease_until = request.now + lease;
+        request.uptime = uptime();
+        request.lease_until = request.uptime + lease;
         auto entry = store_->ask([&](Driver& driver) { return driver.claim(request); });
-        if (!entry || is_sound(store_->directory(), *entry)) return entry;
+        if (!entry || is_whole(*entry)) return entry;
         hold(*entry);
     }
+}
+
+bool Consumer::is_whole(const Entry& entry) {
+    try {
+        return is_sound(store_->directory(), entry);
+    } catch (const std::exception&) {
+        give_back(entry.id);
+        throw;
+    }
+}
+
+void Consumer::give_back(const std::string& id) noexcept {
+    try {
+        store_->ask([&](Driver& driver) { return driver.change(claimed(id, MQ_ALL), Change{MQ_WAITING}); });
+    } catch (const std::exception& error) {
+        report_failure("MQClaim", error.what());
+    }
+}
+
+// Others take a consumer without its file for dead.
+void Consumer::require_file() const {
+    const std::string path = store_->directory().consumer(alive_.id);
+    if (!leads_to(path, alive_.lock.get())) throw QueueError("the consumer's file is gone: " + path);
 }
 
 void Consumer::hold(const Entry& entry) {
@@ -71,8 +95,8 @@ void Consumer::hold(const Entry& entry) {
 }
 
 void Consumer::leave() {
-    store_->ask([&](Driver& driver) { driver.take_back(id_, now()); });
-    ::unlink(store_->directory().consumer(id_).c_str());
+    store_->ask([&](Driver& driver) { driver.take_back(alive_.id, now()); });
+    ::unlink(store_->directory().consumer(alive_.id).c_str());
 }
 
 }  // namespace vel

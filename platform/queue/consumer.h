@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "frame/owned.h"
+#include "platform/queue/owned_file.h"
 #include "platform/queue/store.h"
 
 namespace vel {
@@ -30,6 +30,9 @@ class Consumer {
     std::optional<Entry> claim(const std::optional<std::vector<std::string>>& channels, std::size_t limit,
                                int64_t lease);
 
+    // Gives back what a call has claimed and cannot hand over; its lease ends it otherwise.
+    void give_back(const std::string& id) noexcept;
+
     // Gives all claims back and leaves; throws when it cannot, and is dead none the less.
     void leave();
 
@@ -38,14 +41,15 @@ class Consumer {
 
   private:
     std::optional<Entry> claim_whole(ClaimRequest request);
+    bool is_whole(const Entry& entry);
     void hold(const Entry& entry);
+    void require_file() const;
     bool is_time_to_look_around();
 
     std::shared_ptr<Store> store_;
     std::string who_;
     pid_t process_;
-    std::string id_;
-    Descriptor alive_;  // locked while it lives
+    OwnedFile alive_;  // locked while it lives
     std::atomic<int64_t> looked_around_ = 0;
 };
 

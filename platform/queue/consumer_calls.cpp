@@ -1,4 +1,5 @@
 // The calls by which messages leave the queue.
+#include <exception>
 #include <memory>
 #include <optional>
 #include <string>
@@ -7,6 +8,7 @@
 
 #include "platform/queue/consumer.h"
 #include "platform/queue/entry_view.h"
+#include "platform/queue/identifier.h"
 #include "platform/queue/reclaim.h"
 #include "platform/queue/report.h"
 #include "platform/queue/settle.h"
@@ -35,10 +37,17 @@ MQConsumer& alive(MQConsumer* consumer) {
 
 int claim(MQConsumer& consumer, const char* const* channels, int limit, int lease, MQEntry*& result) {
     if (lease <= 0 || limit < 0) throw vel::QueueError("a lease lasts, and a limit is no less than 0");
+    std::string id;
+    id.reserve(vel::kIdentifierSize);  // Nothing but the view may fail behind the claim.
     auto entry = consumer.claim(list_of(channels), static_cast<std::size_t>(limit), lease);
     if (!entry) return 0;
-    std::string path = consumer.store().directory().message(entry->id);
-    result = std::make_unique<vel::EntryView>(std::move(*entry), std::move(path)).release();
+    id = entry->id;
+    try {
+        result = vel::view_of(consumer.store(), std::move(*entry)).release();
+    } catch (const std::exception&) {
+        consumer.give_back(id);
+        throw;
+    }
     return 1;
 }
 

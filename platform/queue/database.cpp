@@ -1,7 +1,5 @@
 #include "platform/queue/database.h"
 
-#include <fcntl.h>
-
 #include <exception>
 
 #include "platform/queue/report.h"
@@ -62,6 +60,11 @@ Query& Query::operator>>(int32_t& value) {
     return *this;
 }
 
+Query& Query::operator>>(bool& value) {
+    value = sqlite3_column_int(statement_, column_++) != 0;
+    return *this;
+}
+
 Query& Query::operator>>(std::string& text) {
     const auto* const bytes = static_cast<const char*>(sqlite3_column_blob(statement_, column_));
     text.assign(bytes ? bytes : "", static_cast<std::size_t>(sqlite3_column_bytes(statement_, column_)));
@@ -72,7 +75,7 @@ Query& Query::operator>>(std::string& text) {
 // The connection exists, and is to be closed, even when opening it has failed.
 Database::Database(const std::string& path) {
     sqlite3* connection = nullptr;
-    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_PRIVATECACHE;
+    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_PRIVATECACHE;
     const int result = sqlite3_open_v2(path.c_str(), &connection, flags, nullptr);
     connection_.reset(connection);
     if (result != SQLITE_OK) fail(connection);
@@ -97,15 +100,25 @@ void Database::execute(const char* sql) {
     if (sqlite3_exec(connection_.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) fail(connection_.get());
 }
 
-int64_t Database::number(const char* sql) {
+template <class Value>
+Value Database::value(const char* sql) {
     const Statement statement = prepare(sql);
     Query query(statement.get());
-    int64_t value = 0;
+    Value value{};
     if (query.next()) query >> value;
     return value;
 }
 
-Transaction::Transaction(Database& database) : database_(database) { database_.query("BEGIN IMMEDIATE").run(); }
+template int64_t Database::value(const char* sql);
+template std::string Database::value(const char* sql);
+
+bool Database::has_moved() const {
+    int moved = 0;
+    sqlite3_file_control(connection_.get(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
+    return moved != 0;
+}
+
+Transaction::Transaction(Database& database, const char* kind) : database_(database) { database_.query(kind).run(); }
 
 void Transaction::commit() {
     try {

@@ -31,6 +31,7 @@ class Query {
 
     Query& operator>>(int64_t& value);
     Query& operator>>(int32_t& value);
+    Query& operator>>(bool& value);
     Query& operator>>(std::string& text);
 
   private:
@@ -44,14 +45,19 @@ class Query {
 // One connection. Every failure is a QueueError.
 class Database {
   public:
+    // The file is there, perhaps empty.
     explicit Database(const std::string& path);
 
     // The statement of an SQL text that lives as long as the program.
     Query query(const char* sql);
     void execute(const char* sql);
-    int64_t number(const char* sql);
+    // The first value of a statement that is run once.
+    int64_t number(const char* sql) { return value<int64_t>(sql); }
+    std::string text(const char* sql) { return value<std::string>(sql); }
     // Whether a transaction is open.
     bool busy() const { return sqlite3_get_autocommit(connection_.get()) == 0; }
+    // Whether its file has lost its name, or another has it.
+    bool has_moved() const;
 
   private:
     struct Closed {
@@ -63,15 +69,20 @@ class Database {
     using Statement = std::unique_ptr<sqlite3_stmt, Finalized>;
 
     Statement prepare(const char* sql);
+    template <class Value>
+    Value value(const char* sql);
 
     std::unique_ptr<sqlite3, Closed> connection_;
     std::map<const char*, Statement> statements_;
 };
 
-// A writing transaction, undone unless it is committed.
+// A transaction, undone unless it is committed. One that only reads sees what was there at its first statement.
 class Transaction {
   public:
-    explicit Transaction(Database& database);
+    static constexpr const char* kWriting = "BEGIN IMMEDIATE";
+    static constexpr const char* kReading = "BEGIN";
+
+    explicit Transaction(Database& database, const char* kind = kWriting);
     Transaction(const Transaction&) = delete;
     Transaction& operator=(const Transaction&) = delete;
     ~Transaction();

@@ -126,9 +126,13 @@ uint64_t Directory::free_bytes() const {
     return uint64_t{system.f_bavail} * system.f_frsize;
 }
 
-bool remove_files(const std::string& base) {
-    const bool unlocked = is_gone(base + std::string(kLockSuffix));
-    return is_gone(base + std::string(kMessageSuffix)) && unlocked;
+bool remove_files(const std::string& base) noexcept {
+    try {
+        const bool unlocked = is_gone(base + std::string(kLockSuffix));
+        return is_gone(base + std::string(kMessageSuffix)) && unlocked;
+    } catch (const std::exception&) {
+        return false;
+    }
 }
 
 }  // namespace vel

@@ -54,7 +54,7 @@ class Directory {
 };
 
 // Removes an entry's files; true when they are gone.
-bool remove_files(const std::string& base);
+bool remove_files(const std::string& base) noexcept;
 
 }  // namespace vel
 

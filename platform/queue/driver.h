@@ -24,7 +24,7 @@ struct Selection {
 // What becomes of recipients.
 struct Change {
     int32_t state = MQ_WAITING;
-    std::optional<int64_t> due{};         // nothing: as it was
+    std::optional<int64_t> due{};         // deferred until then; nothing: as it was
     std::optional<std::string> reason{};  // nothing: as it was
 };
 
@@ -45,6 +45,7 @@ struct ClaimRequest {
     std::optional<std::vector<std::string>> channels;  // nothing: all
     std::size_t limit = 0;                             // recipients; 0: all that are due
     int64_t now = 0;
+    int64_t uptime = 0;  // leases go by it
     int64_t lease_until = 0;
 };
 
@@ -62,22 +63,26 @@ class Driver {
     // All of the entries, or none.
     virtual void commit(std::span<const Entry* const> entries) = 0;
     virtual bool has(const std::string& id) = 0;
+    // The next identifiers of entries in their order.
+    virtual std::vector<std::string> identifiers(const std::string& after, std::size_t limit) = 0;
     // Makes sure that no transaction that has failed can come to life again by a crash.
     virtual void seal() = 0;
 
     virtual std::optional<Entry> read(const std::string& id) = 0;
-    // The next entries in the order of their identifiers, each with its recipients that match.
+    // The next entries in the order of their identifiers, each with its recipients that match: no more than the
+    // limit, fewer when they have very many recipients, none when there are no more.
     virtual std::vector<Entry> list(const ListFilter& filter, std::size_t limit) = 0;
     virtual std::vector<Count> count() = 0;
 
     // The entry whose turn it is, with its recipients that are now claimed. The turn goes by due time, then
-    // identifier; a lease that has ended makes a recipient due at the request's now.
+    // identifier. A lease that has ended makes a recipient due at the request's now, behind all that nobody has
+    // deferred.
     virtual std::optional<Entry> claim(const ClaimRequest& request) = 0;
     virtual std::size_t extend(const Selection& selection, int64_t lease_until) = 0;
     virtual Settled change(const Selection& selection, const Change& change) = 0;
     virtual Settled remove(const Selection& selection) = 0;
 
-    // The consumers that have claims, and the end of all claims of one: its recipients are due now.
+    // The consumers that have claims, and the end of all claims of one, as of a lease.
     virtual std::vector<std::string> claimants() = 0;
     virtual void take_back(const std::string& consumer, int64_t now) = 0;
 

@@ -29,6 +29,7 @@ struct Recipient {
     std::string text2;
     int32_t state = MQ_WAITING;
     int64_t due = 0;
+    bool deferred = false;  // until due; otherwise that is its turn, and any time will do
     int32_t attempts = 0;
     std::string reason;
 };

@@ -34,4 +34,9 @@ EntryView::EntryView(Entry entry, std::string message_path)
     sender = view_of(kept_.envelope.sender);
 }
 
+std::unique_ptr<EntryView> view_of(const Store& store, Entry entry) {
+    std::string path = store.directory().message(entry.id);
+    return std::make_unique<EntryView>(std::move(entry), std::move(path));
+}
+
 }  // namespace vel

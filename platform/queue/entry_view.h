@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/queue/entry.h"
+#include "platform/queue/store.h"
 
 namespace vel {
 
@@ -22,6 +23,8 @@ class EntryView : public MQEntry {
     const std::string path_;
     std::vector<MQRecipient> views_;
 };
+
+std::unique_ptr<EntryView> view_of(const Store& store, Entry entry);
 
 }  // namespace vel
 

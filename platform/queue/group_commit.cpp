@@ -12,9 +12,10 @@ namespace vel {
 namespace {
 
 // Whether a failed commit has taken place after all. If it has not, it never will.
-bool took_place(Driver& driver, const std::string& id, bool in_doubt) {
+bool took_place(Driver& driver, const std::string& id, bool& in_doubt) {
     if (driver.has(id)) return true;
     if (in_doubt) driver.seal();
+    in_doubt = false;
     return false;
 }
 
@@ -43,28 +44,31 @@ std::vector<GroupCommit::Place> GroupCommit::take_pending() noexcept {
 
 // One that cannot be committed must not take the others with it.
 void GroupCommit::commit_all(Driver& driver, const std::vector<Place>& group) noexcept {
-    const bool together = group.size() > 1 && commit_together(driver, group);
+    bool in_doubt = false;
+    const bool together = group.size() > 1 && commit_together(driver, group, in_doubt);
     for (const Place& place : group) {
-        if (!together) commit_alone(driver, *place.waiting);
+        if (!together) commit_alone(driver, *place.waiting, in_doubt);
         place.waiting->done = true;
     }
 }
 
-bool GroupCommit::commit_together(Driver& driver, const std::vector<Place>& group) noexcept {
+bool GroupCommit::commit_together(Driver& driver, const std::vector<Place>& group, bool& in_doubt) noexcept {
     try {
         std::vector<const Entry*> entries;
         for (const Place& place : group) entries.push_back(place.waiting->entry);
         driver.commit(entries);
         return true;
+    } catch (const CommitError&) {
+        in_doubt = true;
     } catch (const std::exception&) {
-        return false;
     }
+    return false;
 }
 
-void GroupCommit::commit_alone(Driver& driver, Waiting& waiting) noexcept {
-    bool in_doubt = false;
+void GroupCommit::commit_alone(Driver& driver, Waiting& waiting, bool& in_doubt) noexcept {
     try {
         driver.commit({&waiting.entry, 1});
+        in_doubt = false;
         return;
     } catch (const CommitError&) {
         in_doubt = true;
@@ -75,7 +79,8 @@ void GroupCommit::commit_alone(Driver& driver, Waiting& waiting) noexcept {
     try {
         if (took_place(driver, waiting.entry->id, in_doubt)) waiting.failure = nullptr;
     } catch (const std::exception& error) {
-        waiting.failure = std::make_exception_ptr(CommitInDoubt(error.what()));
+        report_failure("CloseMQEntry", error.what());
+        waiting.failure = std::make_exception_ptr(CommitInDoubt());
     }
 }
 

@@ -13,8 +13,8 @@ namespace vel {
 
 class GroupCommit {
   public:
-    // Returns when the entry is in the queue; throws when it is not, CommitInDoubt when nobody can tell. Whoever gets the driver's lock first commits
-    // for all that wait.
+    // Returns when the entry is in the queue; throws when it is not, CommitInDoubt when nobody can tell. Whoever gets
+    // the driver's lock first commits for all that wait.
     void commit(Driver& driver, const Entry& entry);
 
   private:
@@ -31,8 +31,9 @@ class GroupCommit {
 
     std::vector<Place> take_pending() noexcept;
     static void commit_all(Driver& driver, const std::vector<Place>& group) noexcept;
-    static bool commit_together(Driver& driver, const std::vector<Place>& group) noexcept;
-    static void commit_alone(Driver& driver, Waiting& waiting) noexcept;
+    // In doubt: a COMMIT has failed, and nothing been written over it yet.
+    static bool commit_together(Driver& driver, const std::vector<Place>& group, bool& in_doubt) noexcept;
+    static void commit_alone(Driver& driver, Waiting& waiting, bool& in_doubt) noexcept;
 
     std::vector<Place> pending_;
 };

@@ -16,6 +16,7 @@ constexpr unsigned kBitsOfDigit = 5;
 constexpr std::size_t kTimeDigits = 11;  // 55 bits of microseconds: past the year 3000
 constexpr std::size_t kRandomDigits = 13;
 static_assert(kDigits.size() == 1U << kBitsOfDigit && kRandomDigits * kBitsOfDigit >= 64);
+static_assert(kTimeDigits + kRandomDigits == kIdentifierSize);
 
 uint64_t random_bits() {
     uint64_t bits = 0;
@@ -34,13 +35,17 @@ void append_digits(std::string& text, uint64_t value, std::size_t count) {
         text[at] = kDigits[value % kDigits.size()];
 }
 
-}  // namespace
-
-int64_t now() {
+int64_t read_clock(clockid_t clock) {
     timespec time;
-    ::clock_gettime(CLOCK_REALTIME, &time);
+    ::clock_gettime(clock, &time);
     return int64_t{time.tv_sec} * 1'000'000 + time.tv_nsec / 1000;
 }
+
+}  // namespace
+
+int64_t now() { return read_clock(CLOCK_REALTIME); }
+
+int64_t uptime() { return read_clock(CLOCK_BOOTTIME); }
 
 std::string new_identifier() {
     std::string text;
@@ -50,7 +55,7 @@ std::string new_identifier() {
 }
 
 bool is_identifier(std::string_view text) {
-    return text.size() == kTimeDigits + kRandomDigits && text.find_first_not_of(kDigits) == text.npos;
+    return text.size() == kIdentifierSize && text.find_first_not_of(kDigits) == text.npos;
 }
 
 unsigned shard_of(std::string_view identifier, unsigned shards) {

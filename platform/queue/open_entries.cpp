@@ -34,7 +34,12 @@ std::unique_ptr<OpenEntry>& slot(MQContext* context) {
 MQContext* remember(std::unique_ptr<OpenEntry> entry) {
     const std::lock_guard lock(registry_lock());
     auto* const context = reinterpret_cast<MQContext*>(++registry().last);
-    registry().entries.emplace(context, std::move(entry));
+    try {
+        registry().entries[context].swap(entry);
+    } catch (const std::exception&) {
+        entry->discard();
+        throw;
+    }
     return context;
 }
 

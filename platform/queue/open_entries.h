@@ -10,6 +10,7 @@
 
 namespace vel {
 
+// Removes the entry's files when there is no memory for a context.
 MQContext* remember(std::unique_ptr<OpenEntry> entry);
 
 // The entry of a context; throws when it has none in this process.

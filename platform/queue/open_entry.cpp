@@ -14,9 +14,6 @@ namespace {
 
 constexpr mode_t kLockMode = 0660;
 
-// A new identifier is taken already, or its file taken for a dead one's, about never.
-constexpr int kAttempts = 10;
-
 // An operator has to see a message that goes nowhere; a recipient without address stands for it.
 void hold_without_recipients(Envelope& envelope) {
     Recipient& nobody = envelope.recipients.emplace_back();
@@ -29,27 +26,20 @@ void hold_without_recipients(Envelope& envelope) {
 OpenEntry::OpenEntry(std::shared_ptr<Store> store) : store_(std::move(store)), process_(::getpid()) {
     if (store_->directory().free_bytes() < minimum_free())
         throw QueueError("less space is free than [Queue] MinimumFree");
-    for (int attempt = 0; attempt < kAttempts; ++attempt) {
-        if (make_files()) return;
-    }
-    throw QueueError("no identifier is free");
-}
-
-bool OpenEntry::is_ours() const { return process_ == ::getpid(); }
-
-bool OpenEntry::make_files() {
-    id_ = new_identifier();
-    base_ = store_->directory().base(id_);
-    message_ = make_owned(store_->directory().message(id_));
-    if (!message_) return false;
+    const Directory& directory = store_->directory();
+    auto [id, lock] = make_owned([&](const std::string& name) { return directory.message(name); });
+    id_ = std::move(id);
+    message_ = std::move(lock);
     try {
+        base_ = directory.base(id_);
         make_lock();
-    } catch (const QueueError&) {
+    } catch (const std::exception&) {
         discard();
         throw;
     }
-    return true;
 }
+
+bool OpenEntry::is_ours() const { return process_ == ::getpid(); }
 
 void OpenEntry::make_lock() const {
     const std::string path = base_ + std::string(kLockSuffix);
@@ -71,16 +61,17 @@ void OpenEntry::set_channel(std::string channel, int priority) {
 }
 
 void OpenEntry::close() {
+    Entry entry;
     try {
-        const Entry entry = complete();
+        entry = complete();
         store_->commit(entry);
-        account_all("queued", entry, module());
     } catch (const CommitInDoubt&) {
         throw;  // Should the rows be there after all, so is the message; else the files are reclaimed.
     } catch (const std::exception&) {
         discard();
         throw;
     }
+    account_all("queued", entry, module().data());
 }
 
 Entry OpenEntry::complete() const {

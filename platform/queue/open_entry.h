@@ -31,10 +31,9 @@ class OpenEntry {
     // Puts the entry into the queue, and says so in the log. Throws when it is not there; its files are gone then.
     void close();
     // Removes the files; false when one of them stays.
-    bool discard() { return remove_files(base_); }
+    bool discard() noexcept { return remove_files(base_); }
 
   private:
-    bool make_files();
     void make_lock() const;
     Entry complete() const;
     int64_t sync_message() const;

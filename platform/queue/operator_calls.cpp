@@ -27,16 +27,11 @@ int settle(const char* call, const char* id, int recipient, int states, const ve
     });
 }
 
-std::unique_ptr<vel::EntryView> view_of(const vel::Store& store, vel::Entry entry) {
-    std::string path = store.directory().message(entry.id);
-    return std::make_unique<vel::EntryView>(std::move(entry), std::move(path));
-}
-
 int read_entry(const char* id, MQEntry*& result) {
     const auto store = vel::connected();
     auto entry = store->ask([&](vel::Driver& driver) { return driver.read(vel::short_identifier(id)); });
     if (!entry) return 0;
-    result = view_of(*store, std::move(*entry)).release();
+    result = vel::view_of(*store, std::move(*entry)).release();
     return 1;
 }
 
@@ -48,7 +43,7 @@ int list_entries(vel::ListFilter filter, MQEntryVisitor visitor, void* context) 
         filter.after = page.back().id;
         for (vel::Entry& entry : page) {
             ++shown;
-            if (!visitor(context, view_of(*store, std::move(entry)).get())) return shown;
+            if (!visitor(context, vel::view_of(*store, std::move(entry)).get())) return shown;
         }
     }
 }

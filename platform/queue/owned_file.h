@@ -2,6 +2,7 @@
 #ifndef VEL_PLATFORM_QUEUE_OWNED_FILE_H
 #define VEL_PLATFORM_QUEUE_OWNED_FILE_H
 
+#include <functional>
 #include <string>
 
 #include "frame/owned.h"
@@ -11,9 +12,14 @@ namespace vel {
 // Whether a path still leads to the file that a descriptor is open on.
 bool leads_to(const std::string& path, int fd);
 
-// Makes a new, empty file and locks it. Nothing when the name is taken, or somebody took the file for a dead one's in
-// between: another name will do. Throws when it cannot be made.
-Descriptor make_owned(const std::string& path);
+struct OwnedFile {
+    std::string id;
+    Descriptor lock;
+};
+
+// Makes a new, empty file, whose path goes by a new identifier, and locks it. Throws, and leaves nothing behind, when it
+// cannot.
+OwnedFile make_owned(const std::function<std::string(const std::string& id)>& path_of);
 
 // Locks a file whose owner is dead; nothing when it lives or there is no such file.
 Descriptor take_ownerless(const std::string& path);

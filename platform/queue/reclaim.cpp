@@ -3,8 +3,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstddef>
+#include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/queue/identifier.h"
@@ -17,26 +21,59 @@ namespace {
 // A message lock that somebody still wants is younger.
 constexpr int64_t kStaleSeconds = 24 * 60 * 60;
 
-bool is_committed(Store& store, const std::string& id) {
-    return store.ask([&](Driver& driver) { return driver.has(id); });
+// How many identifiers are read, and how many files locked, in one go.
+constexpr std::size_t kPage = 10'000;
+constexpr std::ptrdiff_t kBatch = 100;
+
+std::vector<std::string> message_files(const Directory& directory) {
+    std::vector<std::string> ids;
+    directory.each_file(kMessageSuffix, [&](const std::string& id) { ids.push_back(id); });
+    std::sort(ids.begin(), ids.end());
+    return ids;
+}
+
+// Of the identifiers, which are in order, those that have no rows.
+std::vector<std::string> without_rows(Store& store, const std::vector<std::string>& ids) {
+    std::vector<std::string> without;
+    auto next = ids.begin();
+    for (std::string after; next != ids.end();) {
+        const auto page = store.ask([&](Driver& driver) { return driver.identifiers(after, kPage); });
+        const auto end = page.empty() ? ids.end() : std::upper_bound(next, ids.end(), page.back());
+        std::set_difference(next, end, page.begin(), page.end(), std::back_inserter(without));
+        next = end;
+        if (!page.empty()) after = page.back();
+    }
+    return without;
 }
 
 // A maker commits before it gives its lock up: so the rows are looked for when the lock is here, not before.
 Descriptor take_abandoned(Store& store, const std::string& id) {
-    if (is_committed(store, id)) return Descriptor();  // as most are
     Descriptor lock = take_ownerless(store.directory().message(id));
-    if (lock && is_committed(store, id)) return Descriptor();
+    if (lock && store.ask([&](Driver& driver) { return driver.has(id); })) return Descriptor();
     return lock;
 }
 
+// Removes files behind a seal: no commit that has failed brings the rows of one back. The locks are held meanwhile.
+std::size_t remove_sealed(Store& store, const std::vector<std::string>& ids) {
+    std::vector<std::pair<std::string, Descriptor>> taken;
+    for (const std::string& id : ids) {
+        if (Descriptor lock = take_abandoned(store, id))
+            taken.emplace_back(store.directory().base(id), std::move(lock));
+    }
+    if (taken.empty()) return 0;
+    store.ask([](Driver& driver) { driver.seal(); });
+    return static_cast<std::size_t>(
+        std::count_if(taken.begin(), taken.end(), [](const auto& file) { return remove_files(file.first); }));
+}
+
 std::size_t reclaim_open(Store& store) {
+    const auto ids = without_rows(store, message_files(store.directory()));
     std::size_t count = 0;
-    store.directory().each_file(kMessageSuffix, [&](const std::string& id) {
-        const Descriptor lock = take_abandoned(store, id);
-        if (!lock) return;
-        if (count == 0) store.ask([](Driver& driver) { driver.seal(); });
-        if (remove_files(store.directory().base(id))) ++count;
-    });
+    for (auto next = ids.begin(); next != ids.end();) {
+        const auto end = next + std::min(kBatch, ids.end() - next);
+        count += remove_sealed(store, {next, end});
+        next = end;
+    }
     return count;
 }
 
@@ -66,7 +103,11 @@ bool is_dead(const Store& store, const std::string& consumer) {
 
 }  // namespace
 
-bool is_abandoned(Store& store, const std::string& id) { return static_cast<bool>(take_abandoned(store, id)); }
+std::vector<std::string> abandoned(Store& store) {
+    auto ids = without_rows(store, message_files(store.directory()));
+    std::erase_if(ids, [&](const std::string& id) { return !take_abandoned(store, id); });
+    return ids;
+}
 
 bool is_stale_lock(const std::string& base) {
     struct stat status;

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 #include "platform/queue/store.h"
 
@@ -12,8 +13,8 @@ namespace vel {
 // Returns how many open entries there were. What is committed is never touched.
 std::size_t reclaim(Store& store);
 
-// What reclaiming would take: a message file without rows whose maker is dead; the message lock of a base path.
-bool is_abandoned(Store& store, const std::string& id);
+// What reclaiming would take: the message files without rows whose makers are dead; the message lock of a base path.
+std::vector<std::string> abandoned(Store& store);
 bool is_stale_lock(const std::string& base);
 
 // The claims of dead consumers alone, which is cheap.

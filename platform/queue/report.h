@@ -2,6 +2,7 @@
 #ifndef VEL_PLATFORM_QUEUE_REPORT_H
 #define VEL_PLATFORM_QUEUE_REPORT_H
 
+#include <array>
 #include <exception>
 #include <stdexcept>
 #include <string>
@@ -23,15 +24,16 @@ class CommitError : public QueueError {
     using QueueError::QueueError;
 };
 
-// Nor could it be found out: what belongs to it must stay until it can.
-class CommitInDoubt : public QueueError {
+// Nor could it be found out: what belongs to it must stay until it can. Needs no memory.
+class CommitInDoubt : public std::exception {
   public:
-    using QueueError::QueueError;
+    const char* what() const noexcept override { return "nobody can tell yet whether the entry is in the queue"; }
 };
 
-// The name that the queue's lines carry: the module of the last MQInit.
+// The name that the queue's lines carry: the module of the last MQInit, cut as libvel cuts it.
+using Module = std::array<char, 32>;
 void set_module(const char* module);
-std::string module();
+Module module();
 
 // "CALL: reason." at level 1. Never fails, and keeps errno.
 void report_failure(const char* call, const char* reason) noexcept;

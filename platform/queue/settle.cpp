@@ -24,17 +24,18 @@ Outcome Outcome::held(const char* reason) {
 Outcome Outcome::released() { return {"released", Change{MQ_WAITING, now(), std::nullopt}}; }
 
 int settle(Store& store, const Selection& selection, const Outcome& outcome, const std::string& who) {
+    const std::string base = store.directory().base(selection.id);
     const Settled settled = store.ask([&](Driver& driver) {
         return outcome.change ? driver.change(selection, *outcome.change) : driver.remove(selection);
     });
-    if (settled.ended) remove_files(store.directory().base(selection.id));
+    if (settled.ended) remove_files(base);
     account_all(outcome.event, settled.entry, who, outcome.reason);
     return static_cast<int>(settled.entry.envelope.recipients.size());
 }
 
 int extend(Store& store, const Selection& selection, int lease_seconds) {
     if (lease_seconds <= 0) throw QueueError("a lease lasts");
-    const int64_t until = now() + int64_t{lease_seconds} * 1'000'000;
+    const int64_t until = uptime() + int64_t{lease_seconds} * 1'000'000;
     return static_cast<int>(store.ask([&](Driver& driver) { return driver.extend(selection, until); }));
 }
 

@@ -1,5 +1,8 @@
 // How recipients pass from one hand to the next.
 #include <algorithm>
+#include <array>
+#include <cstdint>
+#include <utility>
 
 #include "platform/queue/sqlite_driver.h"
 #include "platform/queue/sqlite_rows.h"
@@ -21,60 +24,103 @@ std::optional<Turn> first_of(Query& row) {
     return turn;
 }
 
-std::optional<Turn> next_turn(Database& database, const std::string& channel, int64_t now) {
+// Which recipients are due: of those that are deferred whose time has come, of the others all.
+struct Due {
+    bool deferred;
+    int64_t latest;
+};
+
+std::array<Due, 2> both_kinds(const ClaimRequest& request) { return {{{false, INT64_MAX}, {true, request.now}}}; }
+
+std::optional<Turn> next_turn(Database& database, const Due& due) {
     Query row = database.query(
-        "SELECT due, entry FROM recipient WHERE state = 1 AND channel = ? AND due <= ? ORDER BY due, entry LIMIT 1");
-    row << channel << now;
+        "SELECT due, entry FROM recipient WHERE state = 1 AND deferred = ? AND due <= ? ORDER BY due, entry LIMIT 1");
+    row << due.deferred << due.latest;
+    return first_of(row);
+}
+
+std::optional<Turn> next_turn(Database& database, const Due& due, const std::string& channel) {
+    Query row = database.query(
+        "SELECT due, entry FROM recipient WHERE state = 1 AND channel = ? AND deferred = ? AND due <= ?"
+        " ORDER BY due, entry LIMIT 1");
+    row << channel << due.deferred << due.latest;
     return first_of(row);
 }
 
 std::optional<Turn> next_turn(Database& database, const ClaimRequest& request) {
-    if (!request.channels) {
-        Query row =
-            database.query("SELECT due, entry FROM recipient WHERE state = 1 AND due <= ? ORDER BY due, entry LIMIT 1");
-        row << request.now;
-        return first_of(row);
-    }
     std::optional<Turn> first;
-    for (const std::string& channel : *request.channels) {
-        auto turn = next_turn(database, channel, request.now);
+    const auto keep_earlier = [&](std::optional<Turn> turn) {
         if (turn && (!first || *turn < *first)) first = std::move(turn);
+    };
+    for (const Due& due : both_kinds(request)) {
+        if (!request.channels) keep_earlier(next_turn(database, due));
+        for (const std::string& channel : request.channels.value_or(std::vector<std::string>())) {
+            keep_earlier(next_turn(database, due, channel));
+        }
     }
     return first;
 }
 
-// Whoever let a lease end stands behind what was due before.
-constexpr const char* kEndLeases =
-    "UPDATE recipient SET state = 1, due = ?1, consumer = '', lease_until = 0 WHERE state = 2 AND lease_until <= ?1";
+// Whoever lets a lease end stands behind what was due before, whatever the clock says.
+void end_leases(Database& database, int64_t until, int64_t now) {
+    Query query = database.query(
+        "UPDATE recipient SET state = 1, deferred = 0, consumer = '', lease_until = 0,"
+        " due = max(?1, (SELECT ifnull(max(due) + 1, 0) FROM recipient WHERE state = 1 AND deferred = 0))"
+        " WHERE state = 2 AND lease_until <= ?2");
+    query << now << until;
+    query.run();
+}
 
 // Asked before a transaction, which makes others wait, is begun.
 bool is_idle(Database& database, const ClaimRequest& request) {
     Query ended = database.query("SELECT 1 FROM recipient WHERE state = 2 AND lease_until <= ? LIMIT 1");
-    ended << request.now;
+    ended << request.uptime;
     return !ended.next() && !next_turn(database, request);
 }
 
-bool matches(const ClaimRequest& request, const Recipient& recipient) {
+bool is_wanted(const std::string& channel, const ClaimRequest& request) {
     const auto& channels = request.channels;
-    return recipient.due <= request.now &&
-           (!channels || std::find(channels->begin(), channels->end(), recipient.channel) != channels->end());
+    return !channels || std::find(channels->begin(), channels->end(), channel) != channels->end();
 }
 
-void keep_matching(std::vector<Recipient>& recipients, const ClaimRequest& request) {
-    std::erase_if(recipients, [&](const Recipient& recipient) { return !matches(request, recipient); });
-    std::stable_sort(recipients.begin(), recipients.end(),
-                     [](const Recipient& a, const Recipient& b) { return a.due < b.due; });
-    if (request.limit != 0 && recipients.size() > request.limit) recipients.resize(request.limit);
+// The numbers of an entry's recipients that are due, by due time.
+std::vector<int32_t> due_recipients(Database& database, const std::string& id, const ClaimRequest& request) {
+    const std::size_t limit = request.limit ? request.limit : SIZE_MAX;
+    std::vector<std::pair<int64_t, int32_t>> turns;
+    for (const Due& due : both_kinds(request)) {
+        Query row = database.query(
+            "SELECT due, number, channel FROM recipient WHERE state = 1 AND entry = ? AND deferred = ? AND due <= ?"
+            " ORDER BY due, number");
+        row << id << due.deferred << due.latest;
+        for (std::size_t found = 0; found < limit && row.next();) {
+            std::pair<int64_t, int32_t> turn;
+            std::string channel;
+            row >> turn.first >> turn.second >> channel;
+            if (!is_wanted(channel, request)) continue;
+            turns.push_back(turn);
+            ++found;
+        }
+    }
+    std::sort(turns.begin(), turns.end());
+    std::vector<int32_t> numbers;
+    for (const auto& [due, number] : turns) numbers.push_back(number);
+    numbers.resize(std::min(numbers.size(), limit));
+    return numbers;
 }
 
-void lease(Database& database, const std::string& id, Recipient& recipient, const ClaimRequest& request) {
-    Query query = database.query(
-        "UPDATE recipient SET state = 2, attempts = attempts + 1, consumer = ?, lease_until = ?"
-        " WHERE entry = ? AND number = ?");
-    query << request.consumer << request.lease_until << id << recipient.number;
-    query.run();
-    recipient.state = MQ_CLAIMED;
-    ++recipient.attempts;
+// The recipients, claimed.
+std::vector<Recipient> lease(Database& database, const std::string& id, const ClaimRequest& request) {
+    std::vector<Recipient> claimed;
+    for (const int32_t number : due_recipients(database, id, request)) {
+        Query query = database.query(
+            "UPDATE recipient SET state = 2, attempts = attempts + 1, consumer = ?, lease_until = ?"
+            " WHERE entry = ? AND number = ?");
+        query << request.consumer << request.lease_until << id << number;
+        query.run();
+        for (Recipient& recipient : read_recipients(database, Selection{id, number}))
+            claimed.push_back(std::move(recipient));
+    }
+    return claimed;
 }
 
 }  // namespace
@@ -83,19 +129,10 @@ std::optional<Entry> SqliteDriver::claim(const ClaimRequest& request) {
     Database& db = database();
     if (is_idle(db, request)) return std::nullopt;
     Transaction transaction(db);
-    {
-        Query query = db.query(kEndLeases);
-        query << request.now;
-        query.run();
-    }
+    end_leases(db, request.uptime, request.now);
     const auto turn = next_turn(db, request);
     auto entry = turn ? read_entry(db, turn->id) : std::nullopt;
-    if (entry) {
-        auto& recipients = entry->envelope.recipients;
-        recipients = read_recipients(db, Selection{entry->id, MQ_ALL, MQ_WAITING, {}});
-        keep_matching(recipients, request);
-        for (Recipient& recipient : recipients) lease(db, entry->id, recipient, request);
-    }
+    if (entry) entry->envelope.recipients = lease(db, entry->id, request);
     transaction.commit();
     return entry;
 }
@@ -121,10 +158,11 @@ Settled SqliteDriver::change(const Selection& selection, const Change& change) {
     entry->envelope.recipients = read_recipients(db, selection);
     for (const Recipient& recipient : entry->envelope.recipients) {
         Query query = db.query(
-            "UPDATE recipient SET state = ?, due = ?, reason = ?, consumer = '', lease_until = 0"
+            "UPDATE recipient SET state = ?, due = ?, deferred = ?, reason = ?, consumer = '', lease_until = 0"
             " WHERE entry = ? AND number = ?");
         const std::string& reason = change.reason ? *change.reason : recipient.reason;
-        query << change.state << change.due.value_or(recipient.due) << reason << selection.id << recipient.number;
+        query << change.state << change.due.value_or(recipient.due) << (change.due || recipient.deferred) << reason;
+        query << selection.id << recipient.number;
         query.run();
     }
     transaction.commit();
@@ -150,19 +188,25 @@ Settled SqliteDriver::remove(const Selection& selection) {
 }
 
 std::vector<std::string> SqliteDriver::claimants() {
-    Query row = database().query("SELECT DISTINCT consumer FROM recipient WHERE state = 2");
+    Database& db = database();
     std::vector<std::string> consumers;
-    while (row.next()) row >> consumers.emplace_back();
-    return consumers;
+    for (std::string last;;) {
+        Query row =
+            db.query("SELECT consumer FROM recipient WHERE state = 2 AND consumer > ? ORDER BY consumer LIMIT 1");
+        row << last;
+        if (!row.next()) return consumers;
+        row >> consumers.emplace_back();
+        last = consumers.back();
+    }
 }
 
 void SqliteDriver::take_back(const std::string& consumer, int64_t now) {
     Database& db = database();
     Transaction transaction(db);
-    Query query = db.query(
-        "UPDATE recipient SET state = 1, due = ?, consumer = '', lease_until = 0 WHERE state = 2 AND consumer = ?");
-    query << now << consumer;
+    Query query = db.query("UPDATE recipient SET lease_until = ? WHERE state = 2 AND consumer = ?");
+    query << INT64_MIN << consumer;
     query.run();
+    end_leases(db, INT64_MIN, now);
     transaction.commit();
 }
 

@@ -1,22 +1,48 @@
 #include "platform/queue/sqlite_driver.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
+
+#include "frame/owned.h"
 #include "platform/queue/report.h"
 #include "platform/queue/schema.h"
 #include "platform/queue/sqlite_rows.h"
 
 namespace vel {
+namespace {
 
-SqliteDriver::SqliteDriver(std::string path) : path_(std::move(path)) { database(); }
+// The group may write it, as the message files; SQLite gives its other files the same mode.
+constexpr mode_t kFileMode = 0660;
 
+// So many recipients make a page of a list.
+constexpr std::size_t kMany = 10'000;
+
+// Closing a database's file gives up the process's locks on it: a new one has none.
+void make_file(const std::string& path) {
+    const Descriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kFileMode));
+    if (!file && errno != EEXIST) throw QueueError::of_system("cannot make", path);
+}
+
+}  // namespace
+
+SqliteDriver::SqliteDriver(std::string path) : path_(std::move(path)) {
+    make_file(path_);
+    database();
+}
+
+SqliteDriver::~SqliteDriver() { forget_parents(); }
+
+// Closing it here would give up the parent's locks on the file, or its memory.
+void SqliteDriver::forget_parents() {
+    if (process_ != ::getpid()) static_cast<void>(database_.release());
+}
+
+// A transaction that could not be undone ends with its connection. What goes to a file that has lost its name is lost.
 Database& SqliteDriver::database() {
-    if (process_ != ::getpid()) {
-        // Closing it here would give up the parent's locks on the file, or its memory.
-        static_cast<void>(database_.release());
-    } else if (database_ && database_->busy()) {
-        database_.reset();  // A transaction that could not be undone ends with its connection.
-    }
+    forget_parents();
+    if (database_ && (database_->busy() || database_->has_moved())) database_.reset();
     if (!database_) {
         auto fresh = std::make_unique<Database>(path_);
         require_schema(*fresh);
@@ -39,6 +65,14 @@ bool SqliteDriver::has(const std::string& id) {
     return query.next();
 }
 
+std::vector<std::string> SqliteDriver::identifiers(const std::string& after, std::size_t limit) {
+    Query row = database().query("SELECT id FROM entry WHERE id > ? ORDER BY id LIMIT ?");
+    row << after << static_cast<int64_t>(limit);
+    std::vector<std::string> ids;
+    while (row.next()) row >> ids.emplace_back();
+    return ids;
+}
+
 // What a failed COMMIT has left in the write-ahead log would be valid after a crash. Another transaction is written
 // over it.
 void SqliteDriver::seal() {
@@ -49,27 +83,29 @@ void SqliteDriver::seal() {
 }
 
 std::optional<Entry> SqliteDriver::read(const std::string& id) {
-    auto entry = read_entry(database(), id);
-    if (entry) entry->envelope.recipients = read_recipients(database(), Selection{id});
+    Database& db = database();
+    const Transaction snapshot(db, Transaction::kReading);
+    auto entry = read_entry(db, id);
+    if (entry) entry->envelope.recipients = read_recipients(db, Selection{id});
     return entry;
 }
 
 std::vector<Entry> SqliteDriver::list(const ListFilter& filter, std::size_t limit) {
     Database& db = database();
+    const Transaction snapshot(db, Transaction::kReading);
     const std::string channel = filter.channel.value_or("");
-    std::vector<std::string> ids;
-    {
-        Query row = db.query(
-            "SELECT DISTINCT entry FROM recipient WHERE entry > ?1 AND (state & ?2) != 0 AND (?3 OR channel = ?4)"
-            " ORDER BY entry LIMIT ?5");
-        row << filter.after << filter.states << !filter.channel << channel << static_cast<int64_t>(limit);
-        while (row.next()) row >> ids.emplace_back();
-    }
+    Query row = db.query(
+        "SELECT DISTINCT entry FROM recipient WHERE entry > ?1 AND (state & ?2) != 0 AND (?3 OR channel = ?4)"
+        " ORDER BY entry LIMIT ?5");
+    row << filter.after << filter.states << !filter.channel << channel << static_cast<int64_t>(limit);
     std::vector<Entry> entries;
-    for (const std::string& id : ids) {
+    for (std::size_t recipients = 0; recipients < kMany && row.next();) {
+        std::string id;
+        row >> id;
         auto entry = read_entry(db, id);
-        if (!entry) continue;
+        if (!entry) throw QueueError("the queue's database has a recipient without its entry: " + id);
         entry->envelope.recipients = read_recipients(db, Selection{id, MQ_ALL, filter.states, {}});
+        recipients += entry->envelope.recipients.size();
         entries.push_back(std::move(*entry));
     }
     return entries;

@@ -15,9 +15,11 @@ class SqliteDriver : public Driver {
   public:
     // Opens the database, and makes it when it is not there.
     explicit SqliteDriver(std::string path);
+    ~SqliteDriver() override;
 
     void commit(std::span<const Entry* const> entries) override;
     bool has(const std::string& id) override;
+    std::vector<std::string> identifiers(const std::string& after, std::size_t limit) override;
     void seal() override;
 
     std::optional<Entry> read(const std::string& id) override;
@@ -35,8 +37,9 @@ class SqliteDriver : public Driver {
     std::vector<std::string> faults() override;
 
   private:
-    // The connection of this process. The child of a fork opens its own and leaves its parent's alone.
+    // The connection of this process to the file that has the name now. The child of a fork opens its own.
     Database& database();
+    void forget_parents();
 
     const std::string path_;
     std::unique_ptr<Database> database_;

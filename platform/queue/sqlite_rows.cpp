@@ -10,23 +10,23 @@ constexpr const char* kInsertEntry =
 
 constexpr const char* kInsertRecipient =
     "INSERT INTO recipient (entry, number, channel, address, original, notify, text, text2,"
-    " state, due, attempts, reason, consumer, lease_until)"
-    " VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, '', 0)";
+    " state, due, deferred, attempts, reason, consumer, lease_until)"
+    " VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, '', 0)";
 
 constexpr const char* kReadEntry =
     "SELECT channel, priority, arrival, size, number, number2,"
     " sender, envelope_id, return_type, sender_number, sender_text, sender_channel FROM entry WHERE id = ?";
 
 constexpr const char* kReadRecipients =
-    "SELECT number, channel, address, original, notify, text, text2, state, due, attempts, reason FROM recipient"
-    " WHERE entry = ?1 AND (?2 < 0 OR number = ?2) AND (state & ?3) != 0 AND (?4 = '' OR consumer = ?4)"
+    "SELECT number, channel, address, original, notify, text, text2, state, due, deferred, attempts, reason"
+    " FROM recipient WHERE entry = ?1 AND number BETWEEN ?2 AND ?3 AND (state & ?4) != 0 AND (?5 = '' OR consumer = ?5)"
     " ORDER BY number";
 
 void insert(Database& database, const std::string& id, const Recipient& recipient) {
     Query query = database.query(kInsertRecipient);
     query << id << recipient.number << recipient.channel << recipient.address << recipient.original;
     query << recipient.notify << recipient.text << recipient.text2;
-    query << recipient.state << recipient.due << recipient.attempts << recipient.reason;
+    query << recipient.state << recipient.due << recipient.deferred << recipient.attempts << recipient.reason;
     query.run();
 }
 
@@ -34,7 +34,7 @@ Recipient next_recipient(Query& row) {
     Recipient recipient;
     row >> recipient.number >> recipient.channel >> recipient.address >> recipient.original;
     row >> recipient.notify >> recipient.text >> recipient.text2;
-    row >> recipient.state >> recipient.due >> recipient.attempts >> recipient.reason;
+    row >> recipient.state >> recipient.due >> recipient.deferred >> recipient.attempts >> recipient.reason;
     return recipient;
 }
 
@@ -65,8 +65,10 @@ std::optional<Entry> read_entry(Database& database, const std::string& id) {
 }
 
 std::vector<Recipient> read_recipients(Database& database, const Selection& selection) {
+    const bool all = selection.recipient == MQ_ALL;
     Query row = database.query(kReadRecipients);
-    row << selection.id << selection.recipient << selection.states << selection.consumer;
+    row << selection.id << (all ? 0 : selection.recipient) << (all ? INT32_MAX : selection.recipient);
+    row << selection.states << selection.consumer;
     std::vector<Recipient> recipients;
     while (row.next()) recipients.push_back(next_recipient(row));
     return recipients;

@@ -1,5 +1,7 @@
 #include "platform/queue/store.h"
 
+#include <sys/stat.h>
+
 #include "platform/queue/report.h"
 #include "platform/queue/settings.h"
 #include "platform/queue/sqlite_driver.h"
@@ -18,10 +20,27 @@ std::shared_ptr<Store> current_store() {
     return current();
 }
 
+bool has_tables(const Directory& directory) {
+    struct stat status;
+    return ::stat(directory.database().c_str(), &status) == 0 && status.st_size > 0;
+}
+
+// New tables would make every message look like what a dead process has left. Another process may be making the
+// first ones now: then no message is there yet.
+void require_tables(const Directory& directory) {
+    if (has_tables(directory)) return;
+    bool has_messages = false;
+    directory.each_file(kMessageSuffix, [&](const std::string&) { has_messages = true; });
+    if (has_messages && !has_tables(directory)) {
+        throw QueueError("there are messages, but their tables are gone: " + directory.database());
+    }
+}
+
 }  // namespace
 
-Store::Store(std::string path)
-    : directory_(std::move(path)), driver_(std::make_unique<SqliteDriver>(directory_.database())) {
+Store::Store(std::string path) : directory_(std::move(path)) {
+    require_tables(directory_);
+    driver_ = std::make_unique<SqliteDriver>(directory_.database());
     directory_.sync();  // the database's name too
 }
 
@@ -30,9 +49,10 @@ void connect() {
     std::string path = queue_directory();
     const auto old = current_store();
     if (old && old->directory().path() == path && old->directory().is_there()) return;
+    const std::lock_guard driver(driver_lock());  // No fork may come while an engine is opened.
     auto fresh = std::make_shared<Store>(std::move(path));
     const std::lock_guard lock(registry_lock());
-    current() = std::move(fresh);
+    current().swap(fresh);
 }
 
 std::shared_ptr<Store> connected() {

@@ -31,6 +31,7 @@ Entry entry(const std::string& id, const std::string& channel, const std::vector
         recipient.address = id + std::to_string(recipient.number);
         recipient.channel = channel;
         recipient.due = time;
+        recipient.deferred = true;
     }
     return entry;
 }
@@ -50,7 +51,7 @@ class QueueDriver : public Scratch, public testing::WithParamInterface<Engine> {
     // The addresses claimed, "-" when nothing is.
     std::string claim(const std::string& consumer, int64_t now, std::optional<std::vector<std::string>> channels = {},
                       std::size_t limit = 0, int64_t lease = 10) {
-        const auto entry = driver_->claim({consumer, std::move(channels), limit, now, now + lease});
+        const auto entry = driver_->claim({consumer, std::move(channels), limit, now, now, now + lease});
         if (!entry) return "-";
         std::string addresses;
         for (const Recipient& recipient : entry->envelope.recipients) addresses += recipient.address + " ";
@@ -161,6 +162,7 @@ TEST(QueueDatabase, is_refused_when_it_is_not_ours) {
     for (const char* const sql : {"CREATE TABLE mine (a)", "PRAGMA application_id = 7",
                                   "PRAGMA application_id = 0x56514d31; PRAGMA user_version = 2"}) {
         std::filesystem::remove(path);
+        std::ofstream{path};
         Database(path).execute(sql);
         EXPECT_THROW(SqliteDriver{path}, QueueError) << sql;
     }

@@ -26,21 +26,25 @@ class QueueFaults : public QueuePlace {
   protected:
     QueueFaults() { EXPECT_EQ(MQInit(nullptr, "faults"), 1); }
 
-    static std::size_t open_descriptors() {
+    // Those of the queue's files; the settings have theirs.
+    std::ptrdiff_t open_descriptors() const {
         const std::filesystem::directory_iterator all("/proc/self/fd");
-        return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+        return std::count_if(begin(all), end(all), [&](const auto& descriptor) {
+            std::error_code gone;
+            return read_symlink(descriptor.path(), gone).string().starts_with(path("queue"));
+        });
     }
 
     // Lets each call of step in turn fail, in each way, until none is left to fail. step returns whether it did
     // what it should; prepare and verify stand around it, undisturbed.
-    static void in_turn(const std::function<void()>& prepare, const std::function<bool()>& step,
-                        const std::function<void(bool)>& verify) {
+    void in_turn(const std::function<void()>& prepare, const std::function<bool()>& step,
+                 const std::function<void(bool)>& verify) const {
         for (const int error : {EIO, ENOSPC, EMFILE, 0}) {
             bool fault = true;
             for (int n = 1; fault; ++n) {
                 SCOPED_TRACE(testing::Message() << "call " << n << " fails with error " << error);
                 ASSERT_LT(n, kTooManyCalls);
-                const std::size_t descriptors = open_descriptors();
+                const std::ptrdiff_t descriptors = open_descriptors();
                 prepare();
                 fail_call(n, error);
                 const bool done = step();
