@@ -4,6 +4,7 @@
 #include <exception>
 #include <system_error>
 
+#include "tools/io/caller_zone.h"
 #include "tools/io/interruption.h"
 #include "tools/verbs/verb.h"
 #include "vel/frame.h"
@@ -19,6 +20,7 @@ Exit run(vel::command::Arguments arguments, vel::command::Output& output) {
         scratch.abandon();
     });
     vel::command::Journal journal;
+    vel::command::caller_zone();
     InitVELDll_NOMQ("vel");
     vel::command::Session session{scratch, journal, output};
     const Exit exit = vel::command::run_command(std::move(arguments), session);

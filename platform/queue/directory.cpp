@@ -34,11 +34,7 @@ struct stat require_local_directory(const std::string& path) {
     struct stat status;
     if (::stat(path.c_str(), &status) != 0) throw QueueError::of_system("cannot use", path);
     if (!S_ISDIR(status.st_mode)) throw QueueError("[Gateway] QueueDirectory is no directory: " + path);
-    struct statfs system;
-    if (::statfs(path.c_str(), &system) != 0) throw QueueError::of_system("cannot use", path);
-    if (std::find(kNotLocal.begin(), kNotLocal.end(), static_cast<uint32_t>(system.f_type)) != kNotLocal.end()) {
-        throw QueueError("[Gateway] QueueDirectory is not on a local file system: " + path);
-    }
+    if (!is_local(path)) throw QueueError("[Gateway] QueueDirectory is not on a local file system: " + path);
     return status;
 }
 
@@ -124,6 +120,12 @@ uint64_t Directory::free_bytes() const {
     struct statvfs system;
     if (::statvfs(path_.c_str(), &system) != 0) throw QueueError::of_system("cannot use", path_);
     return uint64_t{system.f_bavail} * system.f_frsize;
+}
+
+bool is_local(const std::string& path) {
+    struct statfs system;
+    if (::statfs(path.c_str(), &system) != 0) throw QueueError::of_system("cannot use", path);
+    return std::find(kNotLocal.begin(), kNotLocal.end(), static_cast<uint32_t>(system.f_type)) == kNotLocal.end();
 }
 
 bool remove_files(const std::string& base) noexcept {

@@ -53,6 +53,9 @@ class Directory {
     ino_t inode_ = 0;
 };
 
+// Whether locks and shared memory of a path's file system stay on this machine. Throws when it cannot be told.
+bool is_local(const std::string& path);
+
 // Removes an entry's files; true when they are gone.
 bool remove_files(const std::string& base) noexcept;
 

@@ -110,6 +110,10 @@ int MQCheck(int repair, MQFindingVisitor visitor, void* context) {
     return vel::guarded("MQCheck", kFailed, [=] { return check_queue(repair != 0, visitor, context); });
 }
 
+int MQIsLocal(const char* path) {
+    return vel::guarded("MQIsLocal", 0, [=] { return vel::is_local(path ? path : "") ? 1 : 0; });
+}
+
 int MQReclaim(void) {
     return vel::guarded("MQReclaim", kFailed, [] { return static_cast<int>(vel::reclaim(*vel::connected())); });
 }

@@ -55,7 +55,7 @@ class CommandTest : public VelTest {
 };
 
 // Exit codes of sysexits.
-constexpr int kUsage = 64, kBadData = 65, kNoInput = 66, kCannotCreate = 73, kIoError = 74;
+constexpr int kUsage = 64, kBadData = 65, kNoInput = 66, kCannotCreate = 73, kIoError = 74, kConfig = 78;
 
 // The path of a file in samples/.
 std::string sample(const std::string& name);

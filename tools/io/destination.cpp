@@ -1,34 +1,18 @@
 #include "tools/io/destination.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <cstdio>
 
-#include "tools/io/descriptor.h"
 #include "tools/io/exit_code.h"
+#include "tools/io/place_new.h"
 #include "tools/io/scratch_file.h"
 #include "tools/text/safe_name.h"
 
 namespace vel::command {
 namespace {
 
-constexpr mode_t kPrivate = 0600;
 constexpr unsigned kFirstNumber = 2;  // the second file of a name
-
-// Moves a file to a path where nothing stands. False with errno, EEXIST when something does.
-bool moved(const char* file, const char* path) {
-    if (::renameat2(AT_FDCWD, file, AT_FDCWD, path, RENAME_NOREPLACE) == 0) return true;
-    if (errno != EINVAL && errno != ENOSYS) return false;
-    // A file system that cannot: the name is taken first, with an empty file.
-    if (!Descriptor(::open(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kPrivate))) return false;
-    if (std::rename(file, path) == 0) return true;
-    const int error = errno;
-    std::remove(path);
-    errno = error;
-    return false;
-}
 
 }  // namespace
 
@@ -54,7 +38,7 @@ std::string Destination::place(const std::string& name, const char* file, uint64
     const auto held = scratch_.hold();
     std::string path = directory_ + "/" + name;
     if (::chmod(file, mode_) != 0) throw Failure::of_system_call(Exit::cannot_create, path);
-    while (!moved(file, path.c_str())) {
+    while (!place_new(file, path.c_str())) {
         if (errno != EEXIST) throw Failure::of_system_call(Exit::cannot_create, path);
         path = next_path(name);
     }

@@ -20,6 +20,8 @@ constexpr std::array kVerbs{
     Verb{"japanese", "convert a file between JIS and Shift-JIS", run_japanese},
     Verb{"address", "show what is made of an address list", run_address},
     Verb{"date", "show what is made of a date", run_date},
+    Verb{"init", "make a working place: configuration, queue, directories", run_init},
+    Verb{"config", "show the settings that are in force, and what is wrong with them", run_config},
 };
 
 constexpr std::string_view kHelp = "help";
@@ -43,8 +45,8 @@ std::string help() {
            "vel VERB --help is the same as vel help VERB; vel --version shows the version.\n"
            "The file \"-\" is standard input. With many files all cores work; what is printed keeps their order.\n"
            "Data goes to standard output, messages go to standard error.\n"
-           "Exit codes: 0 success, 64 usage, 65 bad data, 66 no input, 73 cannot create, 74 input/output error;\n"
-           "of several files the worst one counts.\n"
+           "Exit codes: 0 success, 64 usage, 65 bad data, 66 no input, 69 unavailable, 73 cannot create,\n"
+           "74 input/output error, 78 configuration error; of several files the worst one counts.\n"
            "\n"
            "Example:\n"
            "  printf 'Subject: test\\n\\ntext\\n' | vel parse -\n";

@@ -56,6 +56,8 @@ Exit run_word(Arguments arguments, Session& main);
 Exit run_japanese(Arguments arguments, Session& main);
 Exit run_address(Arguments arguments, Session& main);
 Exit run_date(Arguments arguments, Session& main);
+Exit run_init(Arguments arguments, Session& main);
+Exit run_config(Arguments arguments, Session& main);
 
 // Runs what the arguments, without the program's name, ask for.
 Exit run_command(Arguments arguments, Session& main);

@@ -207,6 +207,11 @@ typedef void (*MQFindingVisitor)(void* context, const char* id, const char* find
    Returns how many findings there were, or -1. */
 VEL_API int MQCheck(int repair, MQFindingVisitor visitor, void* context);
 
+/* Tells whether the queue can live where a directory is: on a file system of this machine alone. Needs no MQInit.
+     path  null counts as empty
+   Returns 1; 0 also when it cannot be told. */
+VEL_API int MQIsLocal(const char* path);
+
 /* Takes away what dead processes have left: open entries with their files, message locks without their message or
    more than a day old, claims. MQInit and MQOpenConsumer do so too. Returns how many open entries it was, or -1. */
 VEL_API int MQReclaim(void);

@@ -315,6 +315,12 @@ TEST_F(QueueCalls, checks_and_repairs) {
     EXPECT_THAT(files(), ElementsAre(locked + ".msg"));
 }
 
+TEST_F(QueueCalls, tells_a_file_system_of_this_machine) {
+    EXPECT_EQ(MQIsLocal(path("queue").c_str()), 1);
+    EXPECT_EQ(MQIsLocal(path("missing").c_str()), 0);
+    EXPECT_THAT(take_log(), ElementsAre(testing::HasSubstr("missing")));
+}
+
 TEST_F(QueueConsumers, counts_by_channel_and_state) {
     submit({"a", "b"}, "one");
     submit({"c"}, "two");

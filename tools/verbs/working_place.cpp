@@ -1,0 +1,77 @@
+#include "tools/verbs/working_place.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+
+#include "tools/io/blocks.h"
+#include "tools/io/journal.h"
+#include "tools/io/place_new.h"
+#include "tools/io/scratch_file.h"
+#include "tools/queue/connection.h"
+
+namespace vel::command {
+namespace {
+
+constexpr mode_t kOfAll = 0777;      // as the umask has it
+constexpr mode_t kOfGateway = 0770;  // holds mail
+
+}  // namespace
+
+WorkingPlace::~WorkingPlace() {
+    if (done_) return;
+    std::for_each(made_.rbegin(), made_.rend(), [](const std::string& path) { ::rmdir(path.c_str()); });
+}
+
+void WorkingPlace::require_free() const {
+    struct stat status {};
+    if (::lstat(ini().c_str(), &status) == 0) throw Failure(Exit::cannot_create, ini() + ": is there already");
+}
+
+void WorkingPlace::make(const std::string& settings) {
+    make_directories();
+    ScratchFile file(session_.scratch.below(directory_));
+    file.write(settings);
+    const PrivateFile whole = file.finish();
+    make_queue();
+    place(whole.path());
+    done_ = true;
+}
+
+void WorkingPlace::make_directories() {
+    std::vector<std::string> missing{directory_};
+    std::filesystem::path path = std::filesystem::path(directory_).parent_path();
+    for (; ::access(path.c_str(), F_OK) != 0 && errno == ENOENT; path = path.parent_path()) missing.push_back(path);
+    std::for_each(missing.rbegin(), missing.rend(), [&](const std::string& each) { make_directory(each, kOfAll); });
+    make_directory(queue(), kOfGateway);
+    make_directory(temporary(), kOfGateway);
+    make_directory(install(), kOfAll);
+}
+
+void WorkingPlace::make_directory(const std::string& path, mode_t mode) {
+    if (::mkdir(path.c_str(), mode) == 0) {
+        made_.push_back(path);
+    } else if (errno != EEXIST) {
+        throw Failure::of_system_call(Exit::cannot_create, path);
+    } else if (std::error_code failed; !std::filesystem::is_directory(path, failed)) {
+        throw Failure(Exit::cannot_create, path + ": is not a directory");
+    }
+}
+
+void WorkingPlace::make_queue() {
+    const std::string path = queue();
+    const SettingInForce there("Gateway", "QueueDirectory", path.c_str());
+    connect_to_queue(session_);
+}
+
+void WorkingPlace::place(const std::string& file) {
+    const auto held = session_.scratch.hold();
+    const bool placed = ::fsync(open_for_reading(file).get()) == 0 && ::chmod(file.c_str(), mode_of_new_files()) == 0 &&
+                        place_new(file.c_str(), ini().c_str());
+    if (!placed) throw Failure::of_system_call(Exit::cannot_create, ini());
+}
+
+}  // namespace vel::command
