@@ -1,11 +1,11 @@
 // Message locks: the file "<message>.lck" beside a message.
 //
 // Kept: they do not exclude one another; a second lock succeeds and islocked answers 0.
+#include <array>
+#include <climits>
 #include <cstdio>
-#include <string>
 
 #include "frame/access.h"
-#include "frame/at_boundary.h"
 #include "frame/log.h"
 #include "frame/settings.h"
 
@@ -14,13 +14,21 @@ namespace {
 
 constexpr Setting<256> kLogLocking{"Debug", "LogLocking", "NO"};
 
-std::string lock_file_of(const char* path) { return std::string(path) + ".lck"; }
+using LockFile = std::array<char, PATH_MAX>;
+
+// Empty when no file has so long a path. A lock is given up without asking for memory.
+LockFile lock_file_of(const char* path) {
+    LockFile file;
+    const int length = std::snprintf(file.data(), file.size(), "%s.lck", path);
+    if (length < 0 || static_cast<std::size_t>(length) >= file.size()) file.front() = '\0';
+    return file;
+}
 
 bool logs_locking() { return is(read(kLogLocking), "YES"); }
 
 int lock_message(const char* path) {
     const bool logging = logs_locking();
-    const int handle = CreateFile(lock_file_of(path).c_str(), kForWriting);
+    const int handle = CreateFile(lock_file_of(path).data(), kForWriting);
     if (handle == -1) return -1;
     CloseHandle(handle);
     if (logging) log_line(kLogNotice, "lock: %s", path);
@@ -28,9 +36,9 @@ int lock_message(const char* path) {
 }
 
 int unlock_message(const char* path) {
-    const std::string lock_file = lock_file_of(path);
+    const LockFile lock_file = lock_file_of(path);
     if (logs_locking()) log_line(kLogNotice, "unlock: %s", path);
-    return std::remove(lock_file.c_str()) == 0 ? 0 : -1;
+    return std::remove(lock_file.data()) == 0 ? 0 : -1;
 }
 
 }  // namespace
@@ -38,13 +46,9 @@ int unlock_message(const char* path) {
 
 extern "C" {
 
-int lockmsg(const char* path) {
-    return path ? vel::at_boundary(-1, [=] { return vel::lock_message(path); }) : -1;
-}
+int lockmsg(const char* path) { return path ? vel::lock_message(path) : -1; }
 
-int unlockmsg(const char* path) {
-    return path ? vel::at_boundary(-1, [=] { return vel::unlock_message(path); }) : -1;
-}
+int unlockmsg(const char* path) { return path ? vel::unlock_message(path) : -1; }
 
 int islocked(const char*) { return 0; }
 

@@ -30,8 +30,9 @@ std::optional<NewFile> NewFile::create(const char* prefix, Writes writes) {
 
 std::optional<NewFile> NewFile::create_at(COwned<char> path, Writes writes) {
     const int handle = filecreate(path.get(), kForWriting, writes == Writes::buffered);
-    if (handle == -1) return std::nullopt;
-    return NewFile(std::move(path), handle);
+    if (handle != -1) return NewFile(std::move(path), handle);
+    std::remove(path.get());  // It may be there: without memory it is made, and not opened.
+    return std::nullopt;
 }
 
 bool NewFile::put(std::string_view text) {

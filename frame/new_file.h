@@ -21,7 +21,7 @@ class NewFile {
     // Makes a file in the temporary directory; nothing when a name or the file cannot be had.
     static std::optional<NewFile> create(const char* prefix, Writes writes);
 
-    // Makes the file of that path; what stands there is not cut.
+    // Makes the file of that path; what stands there is not cut, and goes when it cannot be opened.
     static std::optional<NewFile> create_at(COwned<char> path, Writes writes);
 
     NewFile(NewFile&& other) noexcept : path_(std::move(other.path_)), handle_(std::exchange(other.handle_, -1)) {}
