@@ -11,6 +11,7 @@
 #include "frame/at_boundary.h"
 #include "frame/critical_section.h"
 #include "frame/owned.h"
+#include "rfc822/address_list.h"
 #include "rfc822/address_parser.h"
 #include "rfc822/parser_locks.h"
 #include "vel/rfc822.h"
@@ -48,23 +49,22 @@ bool copy_to(char*& field, std::string_view text) {
     });
 }
 
-// Without memory the record stays empty.
-void store(const AddressParts& parts, std::string_view comment, recipient& record) {
+// False without memory: the record stays empty.
+bool store(const AddressParts& parts, std::string_view comment, recipient& record) {
     const bool stored = copy_to(record.local, parts.local.text()) && copy_to(record.domain, parts.domain.text()) &&
                         copy_to(record.phrase, parts.phrase.text()) && copy_to(record.comment, comment) &&
                         copy_to(record.canon, parts.canon.text());
     if (!stored) Clear_RP(&record);
+    return stored;
 }
 
-// Reads one address; the position is behind it, or at the comma that ends what is none.
-void read_address(AddressLexer& lexer, recipient& record) {
+// Reads one address; the position is behind it, or at the comma that ends what is none. False without memory.
+bool read_address(AddressLexer& lexer, recipient& record) {
     AddressParts parts;
     lexer.begin_address();
-    if (adrparse(lexer, parts) != 0) {
-        lexer.at += std::strcspn(lexer.at, ",");
-    } else if (!parts.canon.empty()) {
-        store(parts, lexer.comment, record);
-    }
+    if (adrparse(lexer, parts) == 0) return parts.canon.empty() || store(parts, lexer.comment, record);
+    lexer.at += std::strcspn(lexer.at, ",");
+    return true;
 }
 
 // The text as written, without what stands between addresses.
@@ -80,27 +80,47 @@ void append(RecipTbl& table, recipient* record) {
     ++table.count;
 }
 
-// False without memory: the list ends there.
-bool read_list(const char* text, RecipTbl& table) {
+// Without memory for its texts an address is left out; without memory for its record the list ends there.
+enum class Listed { whole, in_part, cut_short };
+
+Listed read_list(const char* text, RecipTbl& table) {
     AddressLexer lexer{text};
+    Listed result = Listed::whole;
     COwned<recipient> record;
     while (*lexer.at != '\0') {
         if (!record) record.reset(AllocateRecipient());
-        if (!record) return false;
+        if (!record) return Listed::cut_short;
         if (*lexer.at == ',') ++lexer.at;
         const char* const start = lexer.at;
-        read_address(lexer, *record);
+        if (!read_address(lexer, *record)) result = Listed::in_part;
         if (!record->canon) continue;
         if (copy_to(record->orig, trimmed(start, lexer.at))) {
             append(table, record.release());
         } else {
             Clear_RP(record.get());
+            result = Listed::in_part;
         }
     }
+    return result;
+}
+
+// Steps to the list and makes it readable; false when the text holds none.
+bool prepare(char*& text) {
+    while (ascii::is_space(*text)) ++text;
+    if (*text == '\0' || !quotes_pair_up(text)) return false;
+    blank_escaped_quotes(text);
     return true;
 }
 
 }  // namespace
+
+void parse_addresses(char* text, RecipTbl& table) {
+    const CriticalSectionHeld lock(csRecipParse);
+    if (!prepare(text) || read_list(text, table) == Listed::whole) return;
+    Clear_RT(&table);
+    throw std::bad_alloc();
+}
+
 }  // namespace vel
 
 extern "C" {
@@ -116,11 +136,8 @@ char* ParseAddr(char* text, recipient* record) {
 uint32_t ST_RecipParse(char* text, RecipTbl* table, int reset) {
     if (!table) return 0;
     if (reset) *table = {};
-    if (!text) return 0;
-    while (vel::ascii::is_space(*text)) ++text;
-    if (*text == '\0' || !vel::quotes_pair_up(text)) return 0;
-    vel::blank_escaped_quotes(text);
-    return vel::read_list(text, *table) ? table->count : 0;
+    if (!text || !vel::prepare(text)) return 0;
+    return vel::read_list(text, *table) != vel::Listed::cut_short ? table->count : 0;
 }
 
 uint32_t VEL_RecipParse(char* text, RecipTbl* table, int reset) {

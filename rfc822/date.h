@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "vel/rfc822.h"
+
 namespace vel {
 
 // UTCtime.flags
@@ -32,6 +34,10 @@ constexpr std::size_t kDateTextSize = 64;
 // Bytes of ctime's text, its line feed and NUL included. A time whose year has more than four digits
 // has none.
 constexpr std::size_t kCtimeTextSize = 26;
+
+// What rfc2UTC and ctime2UTC read, without asking for memory. False when the text is no date.
+bool read_rfc822_date(const char* text, UTCtime& time);
+bool read_ctime_date(const char* text, UTCtime& time);
 
 // The system's local time in the zone that TZ names now; localtime_r alone may still use the one before.
 // False for a time whose year does not fit. Calls tzset, which sets the process's zone.

@@ -94,12 +94,11 @@ bool read_ctime(DateReader in, UTCtime& time) {
     return true;
 }
 
-template <class Read>
-int parse(const char* text, UTCtime** result, Read read) {
+int parse(const char* text, UTCtime** result, bool (*read)(const char*, UTCtime&)) {
     if (!result) return 0;
     *result = nullptr;
-    UTCtime time{};
-    if (!text || !read(DateReader(text), time)) return 0;
+    UTCtime time;
+    if (!text || !read(text, time)) return 0;
     *result = static_cast<UTCtime*>(std::malloc(sizeof time));
     if (!*result) return 0;
     **result = time;
@@ -107,11 +106,22 @@ int parse(const char* text, UTCtime** result, Read read) {
 }
 
 }  // namespace
+
+bool read_rfc822_date(const char* text, UTCtime& time) {
+    time = {};
+    return read_rfc822(DateReader(text), time);
+}
+
+bool read_ctime_date(const char* text, UTCtime& time) {
+    time = {};
+    return read_ctime(DateReader(text), time);
+}
+
 }  // namespace vel
 
 extern "C" {
 
-int rfc2UTC(const char* text, UTCtime** time) { return vel::parse(text, time, vel::read_rfc822); }
-int ctime2UTC(const char* text, UTCtime** time) { return vel::parse(text, time, vel::read_ctime); }
+int rfc2UTC(const char* text, UTCtime** time) { return vel::parse(text, time, vel::read_rfc822_date); }
+int ctime2UTC(const char* text, UTCtime** time) { return vel::parse(text, time, vel::read_ctime_date); }
 
 }  // extern "C"
