@@ -6,34 +6,27 @@
 #include "build/texts.h"
 #include "frame/ascii.h"
 #include "frame/log.h"
-#include "frame/owned.h"
 #include "rfc822/date.h"
-#include "vel/rfc822.h"
 
 namespace vel {
 namespace {
 
-COwned<UTCtime> parsed(int (*parse)(const char*, UTCtime**), const char* text) {
-    UTCtime* time = nullptr;
-    parse(text, &time);
-    return COwned<UTCtime>(time);
-}
-
-COwned<UTCtime> current_time(time_t now) {
+bool read_time(time_t now, UTCtime& time) {
     char text[kCtimeTextSize];
-    return parsed(ctime2UTC, ::ctime_r(&now, text));
+    return ::ctime_r(&now, text) && read_ctime_date(text, time);
 }
 
 std::string date_text(const std::string& value) {
     char text[kDateTextSize];
     const time_t now = ::time(nullptr);
-    COwned<UTCtime> time = parsed(rfc2UTC, value.c_str());
-    if (!time) {
+    UTCtime time;
+    bool is_read = read_rfc822_date(value.c_str(), time);
+    if (!is_read) {
         log_text(kLogNotice, "Received invalid date.  Adopting the current time instead.");
-        time = current_time(now);
+        is_read = read_time(now, time);
     }
     // A year that no record takes is written all the same.
-    if (!UTC2rfc(time.get(), text)) time_t2rfc822date(now, text);
+    if (!is_read || !UTC2rfc(&time, text)) time_t2rfc822date(now, text);
     return text;
 }
 

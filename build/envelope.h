@@ -2,14 +2,15 @@
 #ifndef VEL_BUILD_ENVELOPE_H
 #define VEL_BUILD_ENVELOPE_H
 
-#include <deque>
+#include <list>
 #include <string>
 
 #include "vel/envelope.h"
 
 namespace vel {
 
-// Texts are the caller's, who keeps them as long; null counts as empty. Throws std::bad_alloc.
+// Texts are the caller's, who keeps them as long; null counts as empty. Throws std::bad_alloc, but an empty envelope
+// takes no memory.
 class Envelope {
   public:
     Envelope() { record_.number2 = -1; }
@@ -24,8 +25,8 @@ class Envelope {
 
   private:
     _envFrom sender_{};
-    std::deque<_envRecip> recipients_;
-    std::deque<std::string> kept_;
+    std::list<_envRecip> recipients_;
+    std::list<std::string> kept_;
     stEnvelope record_;
 };
 

@@ -5,7 +5,7 @@
 #include "build/gateway.h"
 #include "build/texts.h"
 #include "frame/owned.h"
-#include "vel/rfc822.h"
+#include "rfc822/address_list.h"
 
 namespace vel {
 namespace {
@@ -15,7 +15,7 @@ constexpr Setting<128> kRelay{"Routing", "PrimaryRelayHostName", ""};
 // The addresses of a text, parsed from a copy, since parsing changes it.
 class Addresses {
   public:
-    explicit Addresses(const char* text) { VEL_RecipParse(copy_text(or_empty(text)).get(), &table_, 1); }
+    explicit Addresses(const char* text) { parse_addresses(copy_text(or_empty(text)).get(), table_); }
     Addresses(const Addresses&) = delete;
     Addresses& operator=(const Addresses&) = delete;
     ~Addresses() { Clear_RT(&table_); }

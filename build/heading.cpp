@@ -22,7 +22,7 @@ constexpr std::string_view kSeparator = ", ";
 
 bool converts_to_jis() { return is_locally_japanese() && is(read(kDisableJisInHeaders), "NO"); }
 
-// What was made of a text, or the text itself when nothing could be.
+// What was made of a text. Kept: the text itself when nothing could be, for want of memory.
 std::string_view either(const COwned<char>& made, const char* given) { return made ? made.get() : given; }
 
 void add_sender(std::string& lines, const char* from, bool jis) {

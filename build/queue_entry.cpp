@@ -36,26 +36,24 @@ bool QueueEntry::locate() {
     const char* path = GetMQPathName(context_, kMessage);
     if (!path) return false;
     message_path_ = path;
-    return message_path_.size() > kExtensionSize;
+    if (message_path_.size() <= kExtensionSize) return false;
+    id_ = message_path_.substr(0, message_path_.size() - kExtensionSize);
+    return true;
 }
 
-std::string_view QueueEntry::id() const {
-    return std::string_view(message_path_).substr(0, message_path_.size() - kExtensionSize);
-}
-
-std::string_view QueueEntry::short_id() const { return id().substr(id().rfind('/') + 1); }
+std::string_view QueueEntry::short_id() const { return std::string_view(id_).substr(id_.rfind('/') + 1); }
 
 COwned<char> QueueEntry::commit() {
-    COwned<char> identifier = copy_text(id());  // Before there is anything that could be lost.
+    COwned<char> identifier = copy_text(id_);  // Before there is anything that could be lost.
     if (CloseMQEntry(std::exchange(context_, nullptr))) return identifier;
     give_up_files();
     return nullptr;
 }
 
 void QueueEntry::give_up_files() {
-    if (message_path_.size() <= kExtensionSize) return;
+    if (id_.empty()) return;
     std::remove(message_path());
-    unlockmsg(std::string(id()).c_str());
+    unlockmsg(id_.c_str());
 }
 
 }  // namespace vel

@@ -31,8 +31,7 @@ class QueueEntry {
     // Asks for the entry's path; false when there is none. What follows stands on it.
     bool locate();
     const char* message_path() const { return message_path_.c_str(); }
-    std::string_view id() const;        // the path without its extension
-    std::string_view short_id() const;  // its last part
+    std::string_view short_id() const;  // the last part of the path, without its extension
 
     // Ends the entry: consumers see it from now on. Returns its identifier, for ReleaseQueueId; null when the queue
     // refuses it.
@@ -43,6 +42,7 @@ class QueueEntry {
 
     MQContext* context_;
     std::string message_path_;
+    std::string id_;  // the path without its extension; kept, since giving up may not need memory
 };
 
 }  // namespace vel

@@ -9,7 +9,7 @@
 namespace vel {
 namespace {
 
-// Operators know the two apart by the full stop.
+// Kept: operators know the two apart by the full stop.
 constexpr const char* kNoMemoryForSender = "Out of memory";
 constexpr const char* kNoMemoryForRecipient = "Out of memory.";
 
