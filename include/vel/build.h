@@ -1,7 +1,8 @@
 /* Building messages, and putting them into the queue.
 
    Each builder writes a new file in the temporary directory and returns its path, which the caller frees;
-   MimeFreeFile (vel/mime.h) also removes the file. When anything fails the result is null and no file is left.
+   MimeFreeFile (vel/mime.h) also removes the file. When anything fails the result is null and no file is left; but a
+   value goes out as it is given when memory to complete or to encode it is short.
    Nothing that the caller passes is changed or kept. Any thread.
 
    Texts of header fields go out as they are given, but for the encoded words of RFC 1522: whoever passes texts that
@@ -96,8 +97,8 @@ VEL_API char* MimeBuildMultipartMessageWithBCC(const char* from, const ms* to, c
      unused, unused2  have no effect
      text             the submitter's own, kept with the sender
      channel          who takes the message
-     recipients       an array of count records. Of several addresses in one text the first one counts; one without a
-                      domain gets [Routing] PrimaryRelayHostName or, when that is empty, [Connection] GatewayHostName
+     recipients       an array of count records. Of several addresses in one text the first one counts, of a group its
+                      last member; one without a domain gets [Routing] PrimaryRelayHostName or, when that is empty, [Connection] GatewayHostName
                       "." GatewayDomain; what is no address is taken as it is, what is empty left out
      date             for a message without a Date field; null or empty is now
      file             the message, with CR LF line ends: its header block ends at the first line that begins with CR LF.

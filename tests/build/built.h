@@ -1,4 +1,4 @@
-// What the builders' tests share: chains, and what stands in the files that are made.
+// What the builders' tests share: values, chains, and what stands in the files that are made.
 #ifndef VEL_TESTS_BUILD_BUILT_H
 #define VEL_TESTS_BUILD_BUILT_H
 
@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tests/support/fixture.h"
+#include "tests/support/memory.h"
 #include "vel/build.h"
 
 namespace vel::test {
@@ -29,8 +30,49 @@ class Chain {
     std::vector<ms> nodes_;
 };
 
+// What a builder is called with; chains as "a|b".
+struct Values {
+    const char* from = nullptr;
+    const char* to = nullptr;
+    const char* subject = nullptr;
+    const char* cc = nullptr;
+    const char* bcc = nullptr;
+    const char* type = nullptr;
+    const char* subtype = nullptr;
+    const char* parameters = nullptr;
+    const char* encoding = nullptr;
+    const char* id = nullptr;
+    const char* description = nullptr;
+    const char* extra = nullptr;
+    int flags = 0;
+};
+
+inline std::string replaced(std::string text, std::string_view old, std::string_view by) {
+    for (std::size_t at = 0; (at = text.find(old, at)) != std::string::npos; at += by.size()) {
+        text.replace(at, old.size(), by);
+    }
+    return text;
+}
+
 class BuildTest : public VelTest {
   protected:
+    BuildTest() {
+        set("Connection", "GatewayHostName", "gw");
+        set("Connection", "GatewayDomain", "corp");
+    }
+
+    // Builds a single part of a body file, by the shorter call where no Bcc is wanted.
+    char* build(const Values& v, const std::string& body) {
+        Chain to(v.to), cc(v.cc), bcc(v.bcc), parameters(v.parameters), extra(v.extra);
+        const Starved starved(granted_, refused_);
+        if (bcc) {
+            return MimeBuildMessageWithBCC(v.from, to, v.subject, cc, bcc, v.type, v.subtype, parameters, v.encoding,
+                                           v.id, v.description, body.c_str(), extra, v.flags);
+        }
+        return MimeBuildMessage(v.from, to, v.subject, cc, v.type, v.subtype, parameters, v.encoding, v.id,
+                                v.description, body.c_str(), extra, v.flags);
+    }
+
     // What stands in a file that a builder has made, which goes; "(null)" when it made none, and left none.
     std::string taken(char* path) {
         std::string text = "(null)";
@@ -42,6 +84,22 @@ class BuildTest : public VelTest {
         EXPECT_THAT(left_behind("MIME"), testing::IsEmpty());
         return text;
     }
+
+    // Builds with memory for more and more requests: what is built is whole, or not there.
+    template <class Built>
+    void expect_whole_or_nothing(Built built) {
+        const std::string whole = built();
+        for (granted_ = 0, memory.has_failed = true; memory.has_failed; ++granted_) {
+            EXPECT_THAT(built(), testing::AnyOf("(null)", whole)) << granted_;
+        }
+        EXPECT_GT(granted_, 10u);
+        take_log();
+        granted_ = kEveryRequest;
+    }
+
+    // Requests for memory that a builder's call gets, and those behind them that it does not get.
+    std::size_t granted_ = kEveryRequest;
+    std::size_t refused_ = kEveryRequest;
 };
 
 }  // namespace vel::test

@@ -1,16 +1,13 @@
 // Envelopes as text, and the records that callers fill.
 #include "build/envelope_line.h"
-#include "tests/support/fixture.h"
-#include "vel/build.h"
+#include "tests/build/built.h"
 
 namespace vel::test {
 namespace {
 
-class EnvelopeTest : public VelTest {};
+class EnvelopeTest : public BuildTest {};
 
 TEST_F(EnvelopeTest, lines) {
-    set("Connection", "GatewayHostName", "gw");
-    set("Connection", "GatewayDomain", "corp");
     struct {
         const char* sender;
         const char* uses_host;

@@ -17,15 +17,6 @@ constexpr const char* kPreamble =
     "text. To process the remainder, you will need to use a Mime\n"
     "compatible mail reader. Contact your vendor for details.\n";
 
-struct Message {
-    const char* from = nullptr;
-    const char* bcc = nullptr;
-    const char* subtype = nullptr;
-    const char* parameters = nullptr;
-    const char* extra = nullptr;
-    int flags = 0;
-};
-
 std::string boundary_of(const std::string& message) {
     constexpr std::size_t kLength = sizeof "VEL.Boundary.0123456789ABCDEF" - 1;
     const std::size_t start = message.find("VEL.Boundary.");
@@ -35,24 +26,26 @@ std::string boundary_of(const std::string& message) {
 class MultipartTest : public BuildTest {
   protected:
     // Builds a message of the parts' files; "(none)" passes no array.
-    char* build(const Message& message, std::vector<std::string> paths) {
+    char* build(const Values& v, std::vector<std::string> paths) {
         std::vector<char*> parts;
         for (std::string& path : paths) parts.push_back(path.data());
         parts.push_back(nullptr);
         const bool has_array = paths != std::vector<std::string>{"(none)"};
-        return MimeBuildMultipartMessageWithBCC(message.from, nullptr, nullptr, nullptr, Chain(message.bcc),
-                                                has_array ? parts.data() : nullptr, message.subtype,
-                                                Chain(message.parameters), Chain(message.extra), message.flags);
+        Chain to(v.to), cc(v.cc), bcc(v.bcc), parameters(v.parameters), extra(v.extra);
+        char* const* const array = has_array ? parts.data() : nullptr;
+        const Starved starved(granted_);
+        if (bcc) {
+            return MimeBuildMultipartMessageWithBCC(v.from, to, v.subject, cc, bcc, array, v.subtype, parameters, extra,
+                                                    v.flags);
+        }
+        return MimeBuildMultipartMessage(v.from, to, v.subject, cc, array, v.subtype, parameters, extra, v.flags);
     }
 
     // What stands in the message, with "B" for the boundary.
-    std::string built(const Message& message, std::vector<std::string> paths) {
-        std::string text = taken(build(message, std::move(paths)));
+    std::string built(const Values& values, std::vector<std::string> paths) {
+        const std::string text = taken(build(values, std::move(paths)));
         const std::string boundary = boundary_of(text);
-        for (std::size_t at = 0; !boundary.empty() && (at = text.find(boundary)) != std::string::npos;) {
-            text.replace(at, boundary.size(), 1, 'B');
-        }
-        return text;
+        return boundary.empty() ? text : replaced(text, boundary, "B");
     }
 
     const std::string one_ = file("one", "A: b\r\n\r\none");
@@ -78,10 +71,10 @@ TEST_F(MultipartTest, parts_stand_between_delimiters) {
 TEST_F(MultipartTest, kept_a_message_without_from_to_cc_and_subject_is_a_part) {
     EXPECT_EQ(built({.bcc = "a@b.c", .extra = "X: y"}, {two_}),
               crlf("Bcc: a@b.c\nX: y\nContent-type: multipart/mixed; boundary=\"B\"\n\n--B\n\ntwo\n\n--B--\n"));
-    std::string two = two_;
-    char* const parts[] = {two.data(), nullptr};
-    EXPECT_EQ(taken(MimeBuildMultipartMessage(nullptr, nullptr, "s", Chain("a@b.c"), parts, "m", nullptr, nullptr, 1)),
-              crlf("Cc: a@b.c\nSubject: s\n\ntwo\n"));
+    EXPECT_EQ(built({.subject = "s", .cc = "a@b.c", .flags = 1}, {two_}), crlf("Cc: a@b.c\nSubject: s\n\ntwo\n"));
+    for (const Values& values : {Values{.from = ""}, {.to = "|"}, {.subject = ""}, {.cc = "|"}}) {
+        EXPECT_THAT(built(values, {two_}), testing::HasSubstr(crlf(kPreamble)));
+    }
 }
 
 TEST_F(MultipartTest, kept_a_preamble_file_that_cannot_be_read_leaves_none) {
@@ -121,6 +114,13 @@ TEST_F(MultipartTest, a_disk_full_at_any_byte_leaves_no_file) {
         }
     }
     take_log();
+}
+
+TEST_F(MultipartTest, without_memory_no_message_is_built) {
+    expect_whole_or_nothing([&] {
+        return built({.from = "me", .to = "joe", .subject = "\xe4", .parameters = "name=a", .extra = "X: y"},
+                     {one_, two_});
+    });
 }
 
 TEST_F(MultipartTest, kept_one_thread_gets_the_same_boundary_within_a_second) {

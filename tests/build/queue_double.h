@@ -5,6 +5,7 @@
 #include <fstream>
 #include <string>
 
+#include "tests/support/memory.h"
 #include "vel/platform/queue.h"
 
 struct MQContext {
@@ -52,6 +53,7 @@ inline std::string text_of(stEnvelope& envelope) {
 extern "C" {
 
 MQContext* CreateMQEntry(void) {
+    const vel::test::Fed fed;
     if (!vel::test::queue->call("create")) return nullptr;
     std::ofstream(vel::test::queue->base + ".msg");
     std::ofstream(vel::test::queue->base + ".lck");
@@ -60,22 +62,32 @@ MQContext* CreateMQEntry(void) {
 }
 
 const char* GetMQPathName(MQContext* context, const char* extension) {
+    const vel::test::Fed fed;
     if (!context || !vel::test::queue->call("path")) return nullptr;
     context->path = context->base + extension;
     return context->path.c_str();
 }
 
 unsigned char InsertMQChannel(MQContext*, const char* channel, int priority) {
+    const vel::test::Fed fed;
     return vel::test::queue->call("insert " + std::string(channel) + " " + std::to_string(priority));
 }
 
 unsigned char PutMQEnvelope(MQContext*, stEnvelope* envelope) {
+    const vel::test::Fed fed;
     vel::test::queue->envelope = vel::test::text_of(*envelope);
     return vel::test::queue->call("put");
 }
 
-unsigned char CloseMQEntry(MQContext*) { return vel::test::queue->call("close") ? 7 : 0; }
-unsigned char DiscardMQEntry(MQContext*) { return vel::test::queue->call("discard"); }
+unsigned char CloseMQEntry(MQContext*) {
+    const vel::test::Fed fed;
+    return vel::test::queue->call("close") ? 7 : 0;
+}
+
+unsigned char DiscardMQEntry(MQContext*) {
+    const vel::test::Fed fed;
+    return vel::test::queue->call("discard");
+}
 
 }  // extern "C"
 

@@ -8,26 +8,12 @@ namespace {
 
 using testing::ElementsAre;
 
-struct Part {
-    const char* type = nullptr;
-    const char* subtype = nullptr;
-    const char* parameters = nullptr;
-    const char* encoding = nullptr;
-    const char* id = nullptr;
-    const char* description = nullptr;
-    int flags = 0;
-};
-
 class SinglePartTest : public BuildTest {
   protected:
-    char* build(const Part& part, const std::string& body_file) {
-        return MimeBuildMessage(nullptr, nullptr, nullptr, nullptr, part.type, part.subtype, Chain(part.parameters),
-                                part.encoding, part.id, part.description, body_file.c_str(), nullptr, part.flags);
-    }
-    std::string built(const Part& part, std::string_view body) { return taken(build(part, file("body", body))); }
+    std::string built(const Values& part, std::string_view body) { return taken(build(part, file("body", body))); }
 
     // The body of an entity without content fields.
-    std::string body(Part part, std::string_view content) {
+    std::string body(Values part, std::string_view content) {
         part.flags = 2;
         const std::string text = built(part, content);
         EXPECT_TRUE(text.starts_with("\r\n")) << text;
@@ -37,7 +23,7 @@ class SinglePartTest : public BuildTest {
 
 TEST_F(SinglePartTest, content_fields) {
     const struct {
-        Part part;
+        Values part;
         const char* body;
         const char* expected;
     } rows[] = {
@@ -119,7 +105,7 @@ TEST_F(SinglePartTest, kept_a_copied_line_ends_at_nul_and_a_last_one_may_be_drop
 }
 
 TEST_F(SinglePartTest, envelope_lines_in_front_of_a_queued_message_are_dropped) {
-    const Part message{.type = "message", .subtype = "RFC822", .encoding = "7bit"};
+    const Values message{.type = "message", .subtype = "RFC822", .encoding = "7bit"};
     const std::string longer = "#R" + std::string(1500, 'r') + "\r\n";
     EXPECT_EQ(body(message, "#Fa\r\n" + longer + "#d\r\nA: b\r\n#Fc\r\n"), "A: b\r\n#Fc\r\n");
     const std::string first = "A: " + std::string(1021, 'a') + "#F\r\n";
@@ -161,13 +147,26 @@ TEST_F(SinglePartTest, failures_leave_no_file) {
 
 TEST_F(SinglePartTest, a_disk_full_at_any_byte_leaves_no_file) {
     for (const char* encoding : {"base64", "quoted-printable", "x-uue", "7bit"}) {
-        const Part part{.type = "text", .encoding = encoding};
+        const Values part{.type = "text", .encoding = encoding};
         const std::string path = file("body", "some text\r\nand more\r\n");
         const std::size_t whole = taken(build(part, path)).size();
         for (std::size_t size = 4; size <= whole; ++size) {
             const SmallDisk full(size);
             EXPECT_EQ(taken(build(part, path)) == "(null)", size < whole) << encoding << " at " << size;
         }
+    }
+}
+
+TEST_F(SinglePartTest, without_memory_no_part_is_built) {
+    const std::string path = file("body", "some text");
+    const std::pair<const char*, const char*> rows[] = {
+        {"base64", "l1"}, {"quoted-printable", "iso-2022-jp"}, {"x-uue", "l1"}, {"7bit", "iso-2022-jp"}};
+    for (const auto& [encoding, charset] : rows) {
+        set("Gateway", "LocalCharSet", charset);
+        const std::string parameters = "name=\"a file's name\"|charset=" + std::string(charset);
+        const Values part{
+            .to = "J\xf6rg", .subject = "\xe4", .type = "text", .parameters = parameters.c_str(), .encoding = encoding};
+        expect_whole_or_nothing([&] { return taken(build(part, path)); });
     }
 }
 

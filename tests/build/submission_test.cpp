@@ -1,88 +1,15 @@
 // Putting messages into a queue: what it is told, in which order, and what is left when it refuses.
-#include <ctime>
-#include <regex>
+#include <set>
 
-#include "tests/build/built.h"
-#include "tests/build/queue_double.h"
+#include "tests/build/submission.h"
 #include "tests/support/small_disk.h"
-#include "vel/frame.h"
-#include "vel/rfc822.h"
 
 namespace vel::test {
 namespace {
 
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::IsEmpty;
-
-constexpr const char* kWhole = "create path insert out 255 put close ";
-
-struct Send {
-    const char* sender = "me@x.y";
-    const char* envelope_id = nullptr;
-    int return_type = 0;
-    const char* text = nullptr;
-    std::vector<_envRecip> recipients{};
-    const char* date = nullptr;
-    int wants_receipt = 0;
-    int no_mime_version = 0;
-};
-
-class SubmissionTest : public BuildTest {
-  protected:
-    SubmissionTest() {
-        Init822Parser();
-        queue_.base = (directory() / "0entry1").string();
-        queue = &queue_;
-        set("Connection", "GatewayHostName", "gw");
-        set("Connection", "GatewayDomain", "corp");
-    }
-    ~SubmissionTest() override {
-        queue = nullptr;
-        Terminate822Parser();
-    }
-
-    char* send_file(const Send& send, const std::string& path) {
-        queue_.calls = queue_.envelope = "";
-        return MimeSendMessage(send.sender, send.envelope_id, send.return_type, 9, send.text, "out",
-                               send.recipients.data(), static_cast<int>(send.recipients.size()), send.date,
-                               path.c_str(), 9, send.wants_receipt, send.no_mime_version);
-    }
-
-    // The trace's text, and that of a date line, which does without daylight saving time.
-    static std::vector<std::string> texts_of(std::time_t time) {
-        char trace[64], line[64], ctime[26];
-        UTCtime* utc = nullptr;
-        time_t2rfc822date(time, trace);
-        ctime2UTC(::ctime_r(&time, ctime), &utc);
-        UTC2rfc(utc, line);
-        std::free(utc);
-        return {trace, line};
-    }
-
-    // Sends a message, and returns what the queue got, with "NOW" for the current time.
-    std::string sent(const Send& send, std::string_view message) {
-        const std::time_t before = std::time(nullptr);
-        char* identifier = send_file(send, file("message", message));
-        EXPECT_EQ(queue_.calls, kWhole);
-        EXPECT_STREQ(identifier, queue_.base.c_str());
-        EXPECT_THAT(left_behind("0entry1"), testing::UnorderedElementsAre("0entry1.msg", "0entry1.lck"));
-        ReleaseQueueId(identifier);
-        std::string text = content(queue_.base + ".msg");
-        for (std::time_t time = before; time <= std::time(nullptr); ++time) {
-            for (const std::string& now : texts_of(time)) text = std::regex_replace(text, std::regex(now), "NOW");
-        }
-        return text;
-    }
-
-    // What a call that fails leaves of the queue's calls; it leaves no file.
-    std::string refused(const std::string& path) {
-        EXPECT_EQ(send_file({}, path), nullptr);
-        EXPECT_THAT(left_behind("0entry1"), IsEmpty());
-        return queue_.calls;
-    }
-
-    Queue queue_;
-};
 
 constexpr const char* kReceived = "Received: From gw.corp by gw.corp\n  (VEL Postorra 5.1) id 0entry1; NOW\n";
 
@@ -114,11 +41,9 @@ TEST_F(SubmissionTest, kept_date_lines_are_written_anew_by_their_first_line) {
     for (const auto& [given, expected] : rows) {
         const std::string text = sent({}, crlf(given));
         EXPECT_EQ(text, head + crlf(expected));
-        const bool is_invalid = expected.starts_with("Date: NOW");
-        EXPECT_EQ(take_log(6), is_invalid
-                                   ? std::vector<std::string>{"Received invalid date.  Adopting the current time "
-                                                              "instead."}
-                                   : std::vector<std::string>{});
+        const std::vector<std::string> told(expected.starts_with("Date: NOW"),
+                                            "Received invalid date.  Adopting the current time instead.");
+        EXPECT_EQ(take_log(6), told);
     }
 }
 
@@ -127,17 +52,13 @@ TEST_F(SubmissionTest, envelopes_have_canonical_addresses) {
           .envelope_id = "id",
           .return_type = 2,
           .text = "t",
-          .recipients = {{"Joe <joe>", "rfc822;joe", 3, "a", "b"},
-                         {"", nullptr, 0, nullptr, nullptr},
-                         {nullptr, nullptr, 0, nullptr, nullptr},
-                         {"a@b.c, d@e.f", nullptr, 0, nullptr, nullptr},
-                         {"@", "", 0, "", ""}}},
+          .recipients = {{"Joe <joe>", "rfc822;joe", 3, "a", "b"}, to(""), to(nullptr), to("a@b.c, d@e.f"), to("@")}},
          "");
     EXPECT_EQ(queue_.envelope, "0 -1 from me@x.y|id|2|0|t|out to joe@gw.corp|rfc822;joe|3|a|b to a@b.c||0|| to @||0||");
     EXPECT_THAT(take_log(6), ElementsAre("Ignore empty recipient address.", "Ignore empty recipient address."));
     set("Routing", "PrimaryRelayHostName", "relay");
     for (const char* sender : {"<>", "a@b.c, d@e.f", ""}) {
-        sent({.sender = sender, .recipients = {{"joe", nullptr, 0, nullptr, nullptr}}}, "");
+        sent({.sender = sender, .recipients = {to("joe")}}, "");
         EXPECT_EQ(queue_.envelope, "0 -1 from " + std::string(sender) + "||0|0||out to joe@relay||0||");
     }
     sent({}, "");
@@ -186,9 +107,28 @@ TEST_F(SubmissionTest, a_disk_full_at_any_byte_submits_nothing) {
     }
 }
 
+TEST_F(SubmissionTest, without_memory_nothing_is_submitted) {
+    const std::string path = file("message", "Resent-Date: 1 Feb 1999\r\n\r\nbody");
+    const Send send{.sender = "Me <me@x.y>", .recipients = {{"Joe <joe>", "rfc822;joe", 3, "a", "b"}}};
+    char* identifier = nullptr;
+    for (granted_ = 0; !(identifier = send_file(send, path)); ++granted_) {
+        ASSERT_TRUE(queue_.calls.ends_with("discard ")) << granted_;
+        // Without memory for the entry's path its files are the queue's affair.
+        const std::size_t files = left_behind("0entry1").size();
+        EXPECT_EQ(files, granted_ < 2 ? 2u : 0u) << granted_;
+    }
+    ReleaseQueueId(identifier);
+    EXPECT_EQ(queue_.calls, kWhole);
+    EXPECT_EQ(queue_.envelope, "0 -1 from me@x.y||0|0||out to joe@gw.corp|rfc822;joe|3|a|b");
+    EXPECT_THAT(content(queue_.base + ".msg"), EndsWith("\r\nResent-date: Mon, 1 Feb 1999 00:00 +0000\r\n\r\nbody"));
+    const auto told = take_log(1);
+    EXPECT_THAT(std::set(told.begin(), told.end()),
+                ElementsAre("Out of memory.", "Unable to allocate VEL_FILE object", "malloc failed."));
+}
+
 TEST_F(SubmissionTest, an_entry_of_the_caller_gets_its_envelope) {
     const _envFrom sender{"me", nullptr, 1, 5, nullptr, "not looked at"};
-    const _envRecip recipients[] = {{"joe", "rfc822;joe", 2, "t", "not looked at"}, {"", nullptr, 0, nullptr, nullptr}};
+    const _envRecip recipients[] = {{"joe", "rfc822;joe", 2, "t", "not looked at"}, to("")};
     EnvRecipChain last{&recipients[1], nullptr}, chain{&recipients[0], &last};
     const std::pair<const char*, const char*> rows[] = {
         {"", "create path insert out 255 put close "},
@@ -214,14 +154,30 @@ TEST_F(SubmissionTest, an_entry_of_the_caller_gets_its_envelope) {
     EXPECT_EQ(VELGetNewMQId(nullptr), nullptr);
 }
 
+TEST_F(SubmissionTest, kept_out_of_memory_for_the_sender_has_no_full_stop) {
+    const _envFrom sender{"me", nullptr, 0, 0, nullptr, nullptr};
+    const _envRecip joe = to("joe");
+    const EnvRecipChain chain{&joe, nullptr};
+    const auto submit = [&](std::size_t granted) {
+        const Starved starved(granted);
+        return SubmitMQMessage(&queue_.context, &sender, &chain, "out");
+    };
+    for (std::size_t granted = 0; !submit(granted); ++granted) {
+        EXPECT_EQ(queue_.calls, "") << "the entry stays open";
+    }
+    EXPECT_EQ(queue_.calls, "insert out 255 put close ");
+    EXPECT_THAT(take_log(1), ElementsAre("Out of memory", "Out of memory.", "Out of memory."));
+}
+
 TEST_F(SubmissionTest, identifiers_are_freed_with_and_without_their_lock) {
     VELFreeMQId(::strdup(file("a.lck", "").substr(0, directory().string().size() + 2).c_str()));
     EXPECT_THAT(left_behind("a"), ElementsAre("a.lck"));
     ReleaseQueueId(::strdup((directory() / "a").c_str()));
     EXPECT_THAT(left_behind("a"), IsEmpty());
-    file(".lck", "");
+    set("Debug", "LogLocking", "YES");
     ReleaseQueueId(::strdup(""));
     ReleaseQueueId(nullptr);
+    EXPECT_THAT(take_log(), IsEmpty()) << "nothing to unlock";
 }
 
 }  // namespace

@@ -1,30 +1,6 @@
-#include <cstdlib>
-#include <new>
-
+#include "tests/support/memory.h"
 #include "tests/platform/scratch.h"
 #include "vel/platform/log.h"
-
-namespace {
-
-thread_local bool starved = false;
-
-void* allocate(std::size_t size) { return starved ? nullptr : std::malloc(size ? size : 1); }
-
-}  // namespace
-
-// Serve the whole program, the libraries under test too. Releasing is kept out of line: GCC 12, where
-// it sees only one half of a pair, takes it for a mismatch.
-void* operator new(std::size_t size) {
-    if (void* memory = allocate(size)) return memory;
-    throw std::bad_alloc();
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
-void* operator new[](std::size_t size) { return operator new(size); }
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
-[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-[[gnu::noinline]] void operator delete[](void* memory) noexcept { std::free(memory); }
-[[gnu::noinline]] void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace vel::test {
 namespace {
@@ -33,10 +9,8 @@ struct OutOfMemory : Scratch {};
 
 template <class Call>
 auto without_memory(Call call) {
-    starved = true;
-    const auto result = call();
-    starved = false;
-    return result;
+    const Starved starved;
+    return call();
 }
 
 TEST_F(OutOfMemory, settings_fall_back_and_stay_as_they_were) {

@@ -9,6 +9,7 @@
 #include <ostream>
 #include <stdexcept>
 
+#include "tests/support/memory.h"
 #include "vel/frame.h"
 #include "vel/platform/config.h"
 #include "vel/platform/log.h"
@@ -95,6 +96,7 @@ std::vector<std::string> VelTest::take_log(int level) {
 }
 
 void VelTest::capture(void* self, int level, const char* application, const char* text) {
+    const Fed fed;
     static_cast<VelTest*>(self)->log_.push_back({level, application, text});
 }
 
