@@ -43,7 +43,7 @@ class SubmissionTest : public BuildTest {
 
     char* send_file(const Send& send, const std::string& path) {
         queue_.calls = queue_.envelope = "";
-        const Starved starved(granted_);
+        const Starved starved(granted_, refused_);
         return MimeSendMessage(send.sender, send.envelope_id, send.return_type, 9, send.text, "out",
                                send.recipients.data(), static_cast<int>(send.recipients.size()), send.date,
                                path.c_str(), 9, send.wants_receipt, send.no_mime_version);

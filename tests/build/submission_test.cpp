@@ -107,20 +107,29 @@ TEST_F(SubmissionTest, a_disk_full_at_any_byte_submits_nothing) {
     }
 }
 
-TEST_F(SubmissionTest, without_memory_nothing_is_submitted) {
+TEST_F(SubmissionTest, without_memory_all_is_submitted_or_nothing) {
     const std::string path = file("message", "Resent-Date: 1 Feb 1999\r\n\r\nbody");
-    const Send send{.sender = "Me <me@x.y>", .recipients = {{"Joe <joe>", "rfc822;joe", 3, "a", "b"}}};
-    char* identifier = nullptr;
-    for (granted_ = 0; !(identifier = send_file(send, path)); ++granted_) {
-        ASSERT_TRUE(queue_.calls.ends_with("discard ")) << granted_;
+    const Send send{.sender = "Me <me@x.y>", .recipients = {{"Joe <joe@x.y>", "rfc822;joe", 3, "a", "b"}}};
+    const auto expect_whole = [&] {
+        EXPECT_EQ(queue_.calls, kWhole);
+        EXPECT_EQ(queue_.envelope, "0 -1 from me@x.y||0|0||out to joe@x.y|rfc822;joe|3|a|b") << granted_;
+        EXPECT_THAT(content(queue_.base + ".msg"),
+                    EndsWith("\r\nResent-date: Mon, 1 Feb 1999 00:00 +0000\r\n\r\nbody"));
+    };
+    const auto expect_nothing = [&] {
+        EXPECT_TRUE(queue_.calls.ends_with("discard ")) << granted_;
         // Without memory for the entry's path its files are the queue's affair.
-        const std::size_t files = left_behind("0entry1").size();
-        EXPECT_EQ(files, granted_ < 2 ? 2u : 0u) << granted_;
+        EXPECT_EQ(left_behind("0entry1").size(), granted_ < 2 ? 2u : 0u) << granted_;
+    };
+    for (const std::size_t refused : {std::size_t{1}, kEveryRequest}) {
+        refused_ = refused;
+        for (granted_ = 0, memory.has_failed = true; memory.has_failed; ++granted_) {
+            char* identifier = send_file(send, path);
+            identifier ? expect_whole() : expect_nothing();
+            ReleaseQueueId(identifier);
+            std::filesystem::remove(queue_.base + ".msg");
+        }
     }
-    ReleaseQueueId(identifier);
-    EXPECT_EQ(queue_.calls, kWhole);
-    EXPECT_EQ(queue_.envelope, "0 -1 from me@x.y||0|0||out to joe@gw.corp|rfc822;joe|3|a|b");
-    EXPECT_THAT(content(queue_.base + ".msg"), EndsWith("\r\nResent-date: Mon, 1 Feb 1999 00:00 +0000\r\n\r\nbody"));
     const auto told = take_log(1);
     EXPECT_THAT(std::set(told.begin(), told.end()),
                 ElementsAre("Out of memory.", "Unable to allocate VEL_FILE object", "malloc failed."));
