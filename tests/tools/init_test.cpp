@@ -21,6 +21,12 @@ TEST_F(InitTest, MakesAPlaceThatNothingIsWrongWith) {
     EXPECT_TRUE(std::filesystem::exists(directory() / "my gate's/queue/queue.db"));
 }
 
+TEST_F(InitTest, LetsOneOfManyRunsMakeAPlace) {
+    EXPECT_EQ(shell("for i in 1 2 3 4 5 6; do vel init place --host h.d 2>> said & done; wait\n"
+                    "OSTRA_CONFIG_DIR=$PWD/place vel config > shown; test $? = 0 -a $(wc -l < said) = 5"),
+              0);
+}
+
 TEST_F(InitTest, TakesTheZoneThatTheMachineHas) {
     const std::vector<std::pair<std::string, std::string>> rows{
         {"EST5EDT", "EST5EDT"}, {":Asia/Tokyo", "Asia/Tokyo"},   {"CET-1CEST,M3.5.0,M10.5.0/3", "xxx"},

@@ -14,7 +14,7 @@ namespace {
 const std::string kFooter =
     std::string(
         "Example:\n"
-        "  OSTRA_CONFIG_DIR=/srv/mail vel config | grep fault\n"
+        "  OSTRA_CONFIG_DIR=/srv/mail vel config | grep fault:\n"
         "\n"
         "Shows each setting as the library reads it, cut to its buffer, and where it comes from: a line of\n"
         "ostra.ini, which is looked for in the directory that $OSTRA_CONFIG_DIR names, else in /etc/ostra; or the\n"

@@ -16,7 +16,7 @@ namespace {
 
 const std::string kFooter =
     "Example:\n"
-    "  eval \"$(vel init ~/gateway)\" && vel config\n"
+    "  place=$(vel init ~/gateway) && eval \"$place\" && vel config\n"
     "\n"
     "Makes DIR, below it queue, tmp and install, the tables of the queue, and last ostra.ini, in which each setting\n"
     "is explained; standard output tells what to export. Nothing is overwritten: where ostra.ini stands, nothing is\n"

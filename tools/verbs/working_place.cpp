@@ -1,5 +1,7 @@
 #include "tools/verbs/working_place.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -32,23 +34,30 @@ void WorkingPlace::require_free() const {
 }
 
 void WorkingPlace::make(const std::string& settings) {
-    make_directories();
-    ScratchFile file(session_.scratch.below(directory_));
-    file.write(settings);
-    const PrivateFile whole = file.finish();
+    make_root();
+    lock_root();
+    require_free();
+    make_directory(queue(), kOfGateway);
+    make_directory(temporary(), kOfGateway);
+    make_directory(install(), kOfAll);
     make_queue();
-    place(whole.path());
+    write_ini(settings);
     done_ = true;
 }
 
-void WorkingPlace::make_directories() {
+void WorkingPlace::make_root() {
     std::vector<std::string> missing{directory_};
     std::filesystem::path path = std::filesystem::path(directory_).parent_path();
     for (; ::access(path.c_str(), F_OK) != 0 && errno == ENOENT; path = path.parent_path()) missing.push_back(path);
     std::for_each(missing.rbegin(), missing.rend(), [&](const std::string& each) { make_directory(each, kOfAll); });
-    make_directory(queue(), kOfGateway);
-    make_directory(temporary(), kOfGateway);
-    make_directory(install(), kOfAll);
+}
+
+// One run at a time: what another one has found must not be cleared away by this one.
+void WorkingPlace::lock_root() {
+    root_.emplace(::open(directory_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!*root_ || ::flock(root_->get(), LOCK_EX) != 0) {
+        throw Failure::of_system_call(Exit::cannot_create, directory_);
+    }
 }
 
 void WorkingPlace::make_directory(const std::string& path, mode_t mode) {
@@ -67,10 +76,14 @@ void WorkingPlace::make_queue() {
     connect_to_queue(session_);
 }
 
-void WorkingPlace::place(const std::string& file) {
+void WorkingPlace::write_ini(const std::string& settings) {
+    ScratchFile writer(session_.scratch.below(directory_));
+    writer.write(settings);
+    const PrivateFile whole = writer.finish();
+    const char* file = whole.path().c_str();
     const auto held = session_.scratch.hold();
-    const bool placed = ::fsync(open_for_reading(file).get()) == 0 && ::chmod(file.c_str(), mode_of_new_files()) == 0 &&
-                        place_new(file.c_str(), ini().c_str());
+    const bool placed = ::fsync(open_for_reading(file).get()) == 0 && ::chmod(file, mode_of_new_files()) == 0 &&
+                        place_new(file, ini().c_str());
     if (!placed) throw Failure::of_system_call(Exit::cannot_create, ini());
 }
 

@@ -4,9 +4,11 @@
 
 #include <sys/types.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "tools/io/descriptor.h"
 #include "tools/io/session.h"
 
 namespace vel::command {
@@ -31,13 +33,15 @@ class WorkingPlace {
     void make(const std::string& settings);
 
   private:
-    void make_directories();
+    void make_root();
+    void lock_root();
     void make_directory(const std::string& path, mode_t mode);
     void make_queue();
-    void place(const std::string& file);
+    void write_ini(const std::string& settings);
 
     const std::string directory_;
     Session& session_;
+    std::optional<Descriptor> root_;  // locked
     std::vector<std::string> made_;
     bool done_ = false;
 };
