@@ -44,7 +44,7 @@ std::string a_temporary_directory(const std::string& value) {
 
 std::string a_queue(const std::string& value) {
     if (value.empty()) return "is empty: there is no queue";
-    const std::string wrong = wrong_with_directory(value, R_OK | W_OK | X_OK);
+    std::string wrong = wrong_with_directory(value, R_OK | W_OK | X_OK);
     if (!wrong.empty()) return wrong;
     return MQIsLocal(value.c_str()) ? "" : "is not on a local file system";
 }
