@@ -83,8 +83,7 @@ void Consumer::give_back(const std::string& id) noexcept {
 
 // Others take a consumer without its file for dead.
 void Consumer::require_file() const {
-    const std::string path = store_->directory().consumer(alive_.id);
-    if (!leads_to(path, alive_.lock.get())) throw QueueError("the consumer's file is gone: " + path);
+    if (!leads_to(alive_.path, alive_.lock.get())) throw QueueError("the consumer's file is gone: " + alive_.path);
 }
 
 void Consumer::hold(const Entry& entry) {
@@ -96,7 +95,7 @@ void Consumer::hold(const Entry& entry) {
 
 void Consumer::leave() {
     store_->ask([&](Driver& driver) { driver.take_back(alive_.id, now()); });
-    ::unlink(store_->directory().consumer(alive_.id).c_str());
+    ::unlink(alive_.path.c_str());
 }
 
 }  // namespace vel

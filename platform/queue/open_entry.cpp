@@ -5,7 +5,6 @@
 
 #include "platform/queue/accounting.h"
 #include "platform/queue/identifier.h"
-#include "platform/queue/owned_file.h"
 #include "platform/queue/report.h"
 #include "platform/queue/settings.h"
 
@@ -26,15 +25,12 @@ void hold_without_recipients(Envelope& envelope) {
 OpenEntry::OpenEntry(std::shared_ptr<Store> store) : store_(std::move(store)), process_(::getpid()) {
     if (store_->directory().free_bytes() < minimum_free())
         throw QueueError("less space is free than [Queue] MinimumFree");
-    const Directory& directory = store_->directory();
-    auto [id, lock] = make_owned([&](const std::string& name) { return directory.message(name); });
-    id_ = std::move(id);
-    message_ = std::move(lock);
+    message_ = make_owned([&](const std::string& id) { return store_->directory().message(id); });
     try {
-        base_ = directory.base(id_);
+        base_.assign(message_.path, 0, message_.path.size() - kMessageSuffix.size());
         make_lock();
     } catch (const std::exception&) {
-        discard();
+        ::unlink(message_.path.c_str());
         throw;
     }
 }
@@ -44,7 +40,10 @@ bool OpenEntry::is_ours() const { return process_ == ::getpid(); }
 void OpenEntry::make_lock() const {
     const std::string path = base_ + std::string(kLockSuffix);
     Descriptor lock(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, kLockMode));
-    if (!lock || ::close(lock.release()) != 0) throw QueueError::of_system("cannot make", path);
+    if (lock && ::close(lock.release()) == 0) return;
+    const auto error = QueueError::of_system("cannot make", path);
+    ::unlink(path.c_str());
+    throw error;
 }
 
 const char* OpenEntry::path(std::string_view extension) {
@@ -77,7 +76,7 @@ void OpenEntry::close() {
 Entry OpenEntry::complete() const {
     if (channel_.empty()) throw QueueError("the entry has no channel");
     if (!envelope_) throw QueueError("the entry has no envelope");
-    Entry entry{id_, channel_, priority_, 0, sync_message(), *envelope_};
+    Entry entry{message_.id, channel_, priority_, 0, sync_message(), *envelope_};
     entry.arrival = now();
     if (entry.envelope.recipients.empty()) hold_without_recipients(entry.envelope);
     for (Recipient& recipient : entry.envelope.recipients) {
@@ -90,13 +89,13 @@ Entry OpenEntry::complete() const {
 // The descriptor has been open since before the first byte was written, so the kernel tells it of every failure to
 // write one back.
 int64_t OpenEntry::sync_message() const {
-    const std::string path = store_->directory().message(id_);
+    const auto& [id, path, file] = message_;
     struct stat status;
-    if (!leads_to(path, message_.get())) throw QueueError("another file is in the place of " + path);
-    if (::fsync(message_.get()) != 0) throw QueueError::of_system("cannot sync", path);
-    if (::fstat(message_.get(), &status) != 0) throw QueueError::of_system("cannot use", path);
+    if (!leads_to(path, file.get())) throw QueueError("another file is in the place of " + path);
+    if (::fsync(file.get()) != 0) throw QueueError::of_system("cannot sync", path);
+    if (::fstat(file.get(), &status) != 0) throw QueueError::of_system("cannot use", path);
     if (status.st_size == 0) throw QueueError("the entry has no message: " + path);
-    store_->directory().sync_shard_of(id_);
+    store_->directory().sync_shard_of(id);
     return status.st_size;
 }
 

@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-#include "frame/owned.h"
+#include "platform/queue/owned_file.h"
 #include "platform/queue/store.h"
 
 namespace vel {
@@ -40,9 +40,8 @@ class OpenEntry {
 
     std::shared_ptr<Store> store_;
     pid_t process_;
-    std::string id_;
+    OwnedFile message_;  // locked while the entry is open
     std::string base_;
-    Descriptor message_;  // locked while the entry is open
     std::deque<std::string> paths_;
     std::string channel_;
     int32_t priority_ = 0;

@@ -41,8 +41,9 @@ bool leads_to(const std::string& path, int fd) {
 OwnedFile make_owned(const std::function<std::string(const std::string& id)>& path_of) {
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         std::string id = new_identifier();
-        Descriptor lock = make_and_lock(path_of(id));
-        if (lock) return {std::move(id), std::move(lock)};
+        std::string path = path_of(id);
+        Descriptor lock = make_and_lock(path);
+        if (lock) return {std::move(id), std::move(path), std::move(lock)};
     }
     throw QueueError("no new file can be made and locked: " + path_of("*"));
 }

@@ -14,6 +14,7 @@ bool leads_to(const std::string& path, int fd);
 
 struct OwnedFile {
     std::string id;
+    std::string path;
     Descriptor lock;
 };
 

@@ -168,6 +168,58 @@ TEST_F(QueueCalls, a_message_for_nobody_is_held) {
     EXPECT_THAT(take_log(), ElementsAre(HasSubstr("reason=\"no recipients\"")));
 }
 
+// Open entries and consumers belong to the queue that they were opened in.
+TEST_F(QueueCalls, a_change_of_the_directory_moves_nothing_that_is_open) {
+    const std::string old = submit({"old"});
+    MQContext* const open = CreateMQEntry();
+    put_message(GetMQPathName(open, ".msg"), "text");
+    const OwnedConsumer consumer(MQOpenConsumer("old"));
+    const std::string queue = path("queue");
+    std::filesystem::create_directory(path("other"));
+    ProfileOverlaySet("Gateway", "QueueDirectory", path("other").c_str());
+    EXPECT_EQ(MQInit(nullptr, nullptr), 1);
+    EXPECT_NE(submit({"new"}), "");
+    EXPECT_THAT(listed(), ElementsAre("new 1 0"));
+    EXPECT_EQ(InsertMQChannel(open, "c", 255), 1);
+    EXPECT_EQ(PutMQEnvelope(open, TestEnvelope({"opened"}).get()), 1);
+    EXPECT_EQ(CloseMQEntry(open), 1);
+    EXPECT_EQ(claim(consumer)->id, old);
+    ProfileOverlayClear();
+    EXPECT_EQ(MQInit(nullptr, nullptr), 1);
+    EXPECT_THAT(listed(), ElementsAre("old 2 1", "opened 1 0"));
+}
+
+// What is committed to a database that has lost its name would be lost.
+TEST_F(QueueCalls, a_queue_that_is_taken_away_fails_and_one_that_is_restored_is_used) {
+    submit({"in the backup"});
+    std::filesystem::copy(path("queue"), path("backup"), std::filesystem::copy_options::recursive);
+    submit({"after it"});
+    std::filesystem::rename(path("queue"), path("gone"));
+    EXPECT_EQ(submit(), "");
+    EXPECT_EQ(MQFreeBytes(), -1);
+    std::filesystem::rename(path("backup"), path("queue"));
+    EXPECT_NE(submit({"restored"}), "");
+    EXPECT_THAT(listed(), ElementsAre("in the backup 1 0", "restored 1 0"));
+}
+
+// Without their tables messages look like what dead processes have left.
+TEST_F(QueueCalls, messages_whose_tables_are_gone_are_left_alone) {
+    submit();
+    for (const char* const name : {"queue.db", "queue.db-wal", "queue.db-shm"}) {
+        std::filesystem::remove(path("queue/" + std::string(name)));
+    }
+    take_log();
+    EXPECT_EQ(MQInit(nullptr, nullptr), 0);
+    std::filesystem::rename(path("queue"), path("moved"));
+    ProfileOverlaySet("Gateway", "QueueDirectory", path("moved").c_str());
+    EXPECT_EQ(MQInit(nullptr, nullptr), 0);
+    EXPECT_THAT(
+        take_log(),
+        ElementsAre("1 MQInit: the queue's database failed: unable to open database file.",
+                    "1 MQInit: there are messages, but their tables are gone: " + path("moved/queue.db") + "."));
+    EXPECT_EQ(std::distance(std::filesystem::recursive_directory_iterator(path("moved")), {}), 64 + 1 + 1);
+}
+
 // A crash, or exec, leaves an open entry; another start takes it away, and neither a living one nor a committed one.
 TEST_F(QueueCalls, reclaims_what_the_dead_left_open) {
     const std::string committed = submit();
@@ -271,14 +323,28 @@ TEST_F(QueueConsumers, a_claim_comes_back_when_its_consumer_dies_and_stands_behi
 }
 
 TEST_F(QueueConsumers, a_message_that_is_damaged_is_held) {
-    const std::string id = submit({"damaged"});
+    const std::string longer = submit({"longer"});
+    const std::string elsewhere = submit({"elsewhere"});
     submit({"sound"});
-    put_message(read(id)->path, "longer than it was");
+    put_message(read(longer)->path, "longer than it was");
+    put_message(path("same size"), "1234567");
+    std::filesystem::remove(read(elsewhere)->path);
+    std::filesystem::create_symlink(path("same size"), read(elsewhere)->path);
     const OwnedConsumer consumer(MQOpenConsumer("runner"));
     take_log();
     EXPECT_STREQ(claim(consumer)->recipients[0].address, "sound");
     EXPECT_THAT(take_log(), Contains(StartsWith("1 MQClaim: the message file is missing or has another size")));
-    EXPECT_THAT(listed(MQ_HELD), ElementsAre("damaged 4 1"));
+    EXPECT_THAT(listed(MQ_HELD), ElementsAre("longer 4 1", "elsewhere 4 1"));
+}
+
+// Others take one whose file is gone for dead, and its claims.
+TEST_F(QueueConsumers, one_that_has_lost_its_file_claims_nothing) {
+    submit();
+    const OwnedConsumer consumer(MQOpenConsumer("lost"));
+    std::filesystem::remove_all(path("queue/consumers"));
+    MQEntry* entry = nullptr;
+    EXPECT_EQ(MQClaim(consumer.get(), nullptr, 0, 60, &entry), -1);
+    EXPECT_THAT(listed(), ElementsAre("ann@example.com 1 0"));
 }
 
 TEST_F(QueueConsumers, leaving_gives_everything_back) {

@@ -21,7 +21,7 @@ std::unique_ptr<Driver> open_sqlite(const std::string& directory) {
     return std::make_unique<SqliteDriver>(directory + "/queue.db");
 }
 
-Entry entry(const std::string& id, const std::string& channel, const std::vector<int64_t>& due) {
+Entry entry(const std::string& id, const std::string& channel, const std::vector<int64_t>& due, bool deferred = true) {
     Entry entry;
     entry.id = id;
     entry.channel = channel;
@@ -31,7 +31,7 @@ Entry entry(const std::string& id, const std::string& channel, const std::vector
         recipient.address = id + std::to_string(recipient.number);
         recipient.channel = channel;
         recipient.due = time;
-        recipient.deferred = true;
+        recipient.deferred = deferred;
     }
     return entry;
 }
@@ -119,6 +119,28 @@ TEST_P(QueueDriver, a_lease_that_ends_puts_the_recipient_behind_the_others) {
     EXPECT_THAT(states("a"), ElementsAre("a0 1 40 2 "));
 }
 
+// Only what was deferred waits for the clock; nobody gets in front by it.
+TEST_P(QueueDriver, bears_a_clock_that_is_set_back) {
+    commit(entry("a", "x", {100}, false));
+    commit(entry("b", "x", {60}));
+    EXPECT_EQ(claim("dies", 50), "a0 ");
+    EXPECT_EQ(claim("me", 50, std::vector<std::string>{"x"}), "-");
+    commit(entry("c", "x", {90}, false));
+    driver_->take_back("dies", 50);
+    EXPECT_THAT(states("a"), ElementsAre("a0 1 91 1 "));
+    EXPECT_EQ(claim("me", 50, std::vector<std::string>{"x"}), "c0 ");
+    EXPECT_EQ(claim("me", 60), "b0 ");
+    EXPECT_EQ(claim("me", 60), "a0 ");
+}
+
+TEST_P(QueueDriver, a_limit_takes_those_that_are_due_longest) {
+    Entry mixed = entry("a", "x", {5, 3, 9, 4});
+    mixed.envelope.recipients[3].deferred = false;
+    commit(mixed);
+    EXPECT_EQ(claim("me", 9, std::nullopt, 2), "a1 a3 ");
+    EXPECT_EQ(claim("me", 9, std::nullopt, 3), "a0 a2 ");
+}
+
 TEST_P(QueueDriver, changes_and_removes_what_is_selected_and_nothing_else) {
     commit(entry("a", "x", {1, 2, 3}));
     EXPECT_EQ(claim("me", 2), "a0 a1 ");
@@ -128,6 +150,7 @@ TEST_P(QueueDriver, changes_and_removes_what_is_selected_and_nothing_else) {
               1u);
     EXPECT_EQ(driver_->change({"a", MQ_ALL, MQ_CLAIMED}, {MQ_HELD}).entry.envelope.recipients.size(), 1u);
     EXPECT_THAT(states("a"), ElementsAre("a0 1 50 1 busy", "a1 4 2 1 ", "a2 1 3 0 "));
+    EXPECT_THAT(driver_->remove({"a", -2}).entry.envelope.recipients, IsEmpty());
     EXPECT_FALSE(driver_->remove({"a", MQ_ALL, MQ_WAITING}).ended);
     EXPECT_THAT(states("a"), ElementsAre("a1 4 2 1 "));
     EXPECT_TRUE(driver_->remove({"a", 1}).ended);
@@ -151,6 +174,7 @@ TEST_P(QueueDriver, lists_page_by_page_what_matches) {
     EXPECT_EQ(ids({"x", MQ_WAITING, ""}, 9), "a1c2");
     EXPECT_EQ(ids({std::nullopt, MQ_HELD, ""}, 9), "");
     EXPECT_EQ(driver_->count().size(), 3u);
+    EXPECT_THAT(driver_->identifiers("a", 1), ElementsAre("b"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Engines, QueueDriver, testing::Values(Engine{"sqlite", open_sqlite}),

@@ -3,22 +3,30 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/types.h>
+#include <sys/vfs.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdarg>
 #include <cstddef>
+#include <cstdint>
+#include <utility>
+
+#include "tests/support/memory.h"
 
 namespace vel::test {
 namespace {
 
 thread_local int calls_left = 0;  // 0: no fault is wanted
 thread_local int wanted_error = 0;
+thread_local bool ever_after = false;
 thread_local bool has_failed = false;
+thread_local uint32_t pretended_type = 0;
 
 // Whether this is the call that is to fail; errno is set then.
 bool fails(bool writes = false) {
-    if (calls_left == 0 || (wanted_error == 0 && !writes) || --calls_left != 0) return false;
+    if (calls_left == 0 || (wanted_error == kShortWrite && !writes) || --calls_left != 0) return false;
+    if (ever_after) calls_left = 1;
     has_failed = true;
     errno = wanted_error;
     return true;
@@ -37,23 +45,31 @@ int faulty(const char* name, Arguments... arguments) {
 template <class... Place>
 ssize_t faulty_write(const char* name, int fd, const void* bytes, std::size_t size, Place... place) {
     if (!fails(true)) return real<ssize_t>(name, fd, bytes, size, place...);
-    return wanted_error ? -1 : real<ssize_t>(name, fd, bytes, std::max<std::size_t>(size / 2, 1), place...);
+    return wanted_error != kShortWrite ? -1
+                                       : real<ssize_t>(name, fd, bytes, std::max<std::size_t>(size / 2, 1), place...);
 }
 
 mode_t mode_of(int flags, std::va_list arguments) { return flags & O_CREAT ? va_arg(arguments, mode_t) : 0; }
 
 }  // namespace
 
-void fail_call(int n, int error) {
+void fail_call(int n, int error, bool and_all_later) {
+    if (error == kNoMemory) {
+        memory = {static_cast<std::size_t>(n - 1), and_all_later ? kEveryRequest : 1, false};
+        return;
+    }
     calls_left = n;
     wanted_error = error;
-    has_failed = false;
+    ever_after = and_all_later;
 }
 
 bool end_of_faults() {
     calls_left = 0;
-    return has_failed;
+    const bool starved = std::exchange(memory, Memory()).has_failed;
+    return std::exchange(has_failed, false) || starved;
 }
+
+void pretend_file_system(uint32_t type) { pretended_type = type; }
 
 // Each under the name that callers know it by.
 #pragma GCC visibility push(default)
@@ -68,6 +84,14 @@ int rename_file(const char* from, const char* to) __asm__("rename");
 int unlink_file(const char* path) __asm__("unlink");
 int make_directory(const char* path, mode_t mode) __asm__("mkdir");
 int close_file(int fd) __asm__("close");
+#ifdef __i386__
+int look_at(const char* path, void* status) __asm__("__lstat64_time64");
+constexpr const char* kLookAt = "__lstat64_time64";
+#else
+int look_at(const char* path, void* status) __asm__("lstat64");
+constexpr const char* kLookAt = "lstat64";
+#endif
+int ask_system(const char* path, struct statfs64* system) __asm__("statfs64");
 #pragma GCC visibility pop
 
 int open_narrow(const char* path, int flags, ...) {
@@ -98,6 +122,13 @@ int cut_file(int fd, off64_t size) { return faulty("ftruncate64", fd, size); }
 int rename_file(const char* from, const char* to) { return faulty("rename", from, to); }
 int unlink_file(const char* path) { return faulty("unlink", path); }
 int make_directory(const char* path, mode_t mode) { return faulty("mkdir", path, mode); }
+int look_at(const char* path, void* status) { return faulty(kLookAt, path, status); }
+
+int ask_system(const char* path, struct statfs64* system) {
+    const int result = real<int>("statfs64", path, system);
+    if (pretended_type != 0) system->f_type = static_cast<decltype(system->f_type)>(pretended_type);
+    return result;
+}
 
 int close_file(int fd) {
     const bool failed = fails();
