@@ -85,16 +85,20 @@ class BuildTest : public VelTest {
         return text;
     }
 
-    // Builds with memory for more and more requests: what is built is whole, or not there.
+    // Runs a test of a call again and again, granting it one request for memory more each time, up to what it takes.
+    template <class Test>
+    void with_little_memory(std::size_t refused, Test test) {
+        refused_ = refused;
+        for (granted_ = 0, memory.has_failed = true; memory.has_failed; ++granted_) test();
+        EXPECT_GT(granted_, 10u);
+        granted_ = kEveryRequest;
+    }
+
     template <class Built>
     void expect_whole_or_nothing(Built built) {
         const std::string whole = built();
-        for (granted_ = 0, memory.has_failed = true; memory.has_failed; ++granted_) {
-            EXPECT_THAT(built(), testing::AnyOf("(null)", whole)) << granted_;
-        }
-        EXPECT_GT(granted_, 10u);
+        with_little_memory(kEveryRequest, [&] { EXPECT_THAT(built(), testing::AnyOf("(null)", whole)) << granted_; });
         take_log();
-        granted_ = kEveryRequest;
     }
 
     // Requests for memory that a builder's call gets, and those behind them that it does not get.

@@ -83,11 +83,10 @@ TEST_F(HeadingTest, values_have_encoded_words) {
 TEST_F(HeadingTest, kept_a_value_goes_out_as_it_is_when_memory_is_short) {
     const std::string path = file("body", "");
     std::set<std::string> built;
-    refused_ = 1;
-    for (granted_ = 0, memory.has_failed = true; memory.has_failed; ++granted_) {
+    with_little_memory(1, [&] {
         built.insert(
             taken(build({.to = "joe", .subject = "\xe4", .parameters = "name=\xe4", .encoding = "7bit"}, path)));
-    }
+    });
     const std::string type = "Content-type: application/x-unknown; name=";
     for (const std::string& line : {std::string("To: joe\r\n"), std::string("Subject: \xe4\r\n"), type + "\xe4\r\n"}) {
         EXPECT_THAT(built, testing::Contains(testing::HasSubstr(line)));

@@ -13,8 +13,9 @@
 
 namespace vel::test {
 
-// What the queue is told when all goes well.
+// What the queue is told when all goes well, and when it refuses the envelope.
 constexpr const char* kWhole = "create path insert out 255 put close ";
+constexpr const char* kGivenUp = "create path insert out 255 put discard ";
 
 inline _envRecip to(const char* address) { return {address, nullptr, 0, nullptr, nullptr}; }
 

@@ -1,6 +1,7 @@
 // Putting messages into a queue: what it is told, in which order, and what is left when it refuses.
 #include <set>
 
+#include "frame/owned.h"
 #include "tests/build/submission.h"
 #include "tests/support/small_disk.h"
 
@@ -68,11 +69,7 @@ TEST_F(SubmissionTest, envelopes_have_canonical_addresses) {
 TEST_F(SubmissionTest, what_is_refused_leaves_nothing) {
     const std::string path = file("message", "A: b\r\n\r\nbody");
     const std::pair<const char*, const char*> rows[] = {
-        {"create", "create "},
-        {"insert out 255", "create path insert out 255 put discard "},
-        {"put", "create path insert out 255 put discard "},
-        {"close", kWhole},
-    };
+        {"create", "create "}, {"insert out 255", kGivenUp}, {"put", kGivenUp}, {"close", kWhole}};
     for (const auto& [fails, calls] : rows) {
         queue_.fails = fails;
         EXPECT_EQ(refused(path), calls) << fails;
@@ -110,26 +107,22 @@ TEST_F(SubmissionTest, a_disk_full_at_any_byte_submits_nothing) {
 TEST_F(SubmissionTest, without_memory_all_is_submitted_or_nothing) {
     const std::string path = file("message", "Resent-Date: 1 Feb 1999\r\n\r\nbody");
     const Send send{.sender = "Me <me@x.y>", .recipients = {{"Joe <joe@x.y>", "rfc822;joe", 3, "a", "b"}}};
-    const auto expect_whole = [&] {
-        EXPECT_EQ(queue_.calls, kWhole);
-        EXPECT_EQ(queue_.envelope, "0 -1 from me@x.y||0|0||out to joe@x.y|rfc822;joe|3|a|b") << granted_;
-        EXPECT_THAT(content(queue_.base + ".msg"),
-                    EndsWith("\r\nResent-date: Mon, 1 Feb 1999 00:00 +0000\r\n\r\nbody"));
-    };
-    const auto expect_nothing = [&] {
-        EXPECT_TRUE(queue_.calls.ends_with("discard ")) << granted_;
-        // Without memory for the entry's path its files are the queue's affair.
-        EXPECT_EQ(left_behind("0entry1").size(), granted_ < 2 ? 2u : 0u) << granted_;
-    };
-    for (const std::size_t refused : {std::size_t{1}, kEveryRequest}) {
-        refused_ = refused;
-        for (granted_ = 0, memory.has_failed = true; memory.has_failed; ++granted_) {
-            char* identifier = send_file(send, path);
-            identifier ? expect_whole() : expect_nothing();
-            ReleaseQueueId(identifier);
-            std::filesystem::remove(queue_.base + ".msg");
+    const auto all_or_nothing = [&] {
+        const COwned<char> identifier(send_file(send, path));
+        if (identifier) {
+            EXPECT_EQ(queue_.calls, kWhole);
+            EXPECT_EQ(queue_.envelope, "0 -1 from me@x.y||0|0||out to joe@x.y|rfc822;joe|3|a|b") << granted_;
+            EXPECT_THAT(content(queue_.base + ".msg"),
+                        EndsWith("\r\nResent-date: Mon, 1 Feb 1999 00:00 +0000\r\n\r\nbody"));
+        } else {
+            EXPECT_TRUE(queue_.calls.ends_with("discard ")) << granted_;
+            // Without memory for the entry's path its files are the queue's affair.
+            EXPECT_EQ(left_behind("0entry1").size(), granted_ < 2 ? 2u : 0u) << granted_;
         }
-    }
+        std::filesystem::remove(queue_.base + ".msg");
+    };
+    with_little_memory(1, all_or_nothing);
+    with_little_memory(kEveryRequest, all_or_nothing);
     const auto told = take_log(1);
     EXPECT_THAT(std::set(told.begin(), told.end()),
                 ElementsAre("Out of memory.", "Unable to allocate VEL_FILE object", "malloc failed."));
@@ -140,11 +133,7 @@ TEST_F(SubmissionTest, an_entry_of_the_caller_gets_its_envelope) {
     const _envRecip recipients[] = {{"joe", "rfc822;joe", 2, "t", "not looked at"}, to("")};
     EnvRecipChain last{&recipients[1], nullptr}, chain{&recipients[0], &last};
     const std::pair<const char*, const char*> rows[] = {
-        {"", "create path insert out 255 put close "},
-        {"insert out 255", "create path insert out 255 put discard "},
-        {"put", "create path insert out 255 put discard "},
-        {"close", "create path insert out 255 put close "},
-    };
+        {"", kWhole}, {"insert out 255", kGivenUp}, {"put", kGivenUp}, {"close", kWhole}};
     for (const auto& [fails, calls] : rows) {
         queue_.calls = "";
         queue_.fails = fails;
