@@ -4,9 +4,7 @@
 
 #include <chrono>
 #include <cstdint>
-#include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "tools/io/scratch.h"
@@ -17,9 +15,6 @@ struct FilterLimits {
     std::chrono::milliseconds time{10000};
     uint64_t bytes = uint64_t{64} << 20;  // of what it writes
 };
-
-// The path of a program in a directory that $PATH names from the root; nothing when there is none.
-std::optional<std::string> find_program(std::string_view name);
 
 // Has a program, by its path, read a file as its standard input; what it writes to standard output becomes a
 // new file. No shell is between. It gets no terminal, no descriptor and no environment of ours but a path, has its

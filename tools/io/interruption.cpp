@@ -1,15 +1,29 @@
 #include "tools/io/interruption.h"
 
+#include <algorithm>
 #include <array>
 #include <csignal>
 #include <cstdlib>
+#include <mutex>
+#include <utility>
 
 namespace vel::command {
 namespace {
 
 constexpr std::array kEndings{SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGALRM, SIGUSR1, SIGUSR2, SIGXCPU, SIGXFSZ, SIGVTALRM};
+constexpr std::array kTaken{SIGINT, SIGTERM, SIGHUP};
 constexpr int kWakeUp = SIGTERM;  // ends the wait too, when over_ says so
 constexpr int kSignalled = 128;   // what a shell adds to a signal's number
+
+std::mutex taker_lock;
+std::function<void(int)> taker;
+
+bool is_taken(int signal) {
+    const std::lock_guard held(taker_lock);
+    if (!taker || std::count(kTaken.begin(), kTaken.end(), signal) == 0) return false;
+    taker(signal);
+    return true;
+}
 
 bool is_ignored(int signal) {
     struct sigaction action {};
@@ -46,13 +60,23 @@ Interruption::~Interruption() {
     thread_.join();
 }
 
+TakenSignals::TakenSignals(std::function<void(int signal)> take) {
+    const std::lock_guard held(taker_lock);
+    taker = std::move(take);
+}
+
+TakenSignals::~TakenSignals() {
+    const std::lock_guard held(taker_lock);
+    taker = nullptr;
+}
+
 void Interruption::await() {
     const sigset_t signals = set_of(kEndings);
     int signal = 0;
     do {
         if (::sigwait(&signals, &signal) != 0) return;
         if (over_) return;
-    } while (is_ignored(signal));
+    } while (is_ignored(signal) || is_taken(signal));
     clean_up_();
     die_of(signal);
 }

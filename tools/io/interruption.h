@@ -26,6 +26,16 @@ class Interruption {
     std::thread thread_;
 };
 
+// While this lives, SIGINT, SIGTERM and SIGHUP do not end the command: they are handed to a function, on the thread that
+// awaits them. One at a time.
+class TakenSignals {
+  public:
+    explicit TakenSignals(std::function<void(int signal)> take);
+    TakenSignals(const TakenSignals&) = delete;
+    TakenSignals& operator=(const TakenSignals&) = delete;
+    ~TakenSignals();
+};
+
 // Ends the process by a signal's default action.
 void die_of(int signal);
 

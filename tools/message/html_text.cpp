@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "tools/io/blocks.h"
+#include "tools/io/child.h"
 #include "tools/io/exit_code.h"
 #include "tools/io/filter.h"
 #include "tools/io/scratch_file.h"
