@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <nlohmann/json.hpp>
 
 #include "tools/text/ascii.h"
+#include "tools/text/instant.h"
 
 namespace vel::command {
 namespace {
@@ -97,18 +97,7 @@ std::chrono::sys_seconds utc_of(const UTCtime& time) {
 
 int64_t seconds_since_1970(const UTCtime& time) { return utc_of(time).time_since_epoch().count(); }
 
-std::string instant_of(const UTCtime& time) {
-    const std::chrono::sys_seconds instant = utc_of(time);
-    const auto midnight = std::chrono::floor<std::chrono::days>(instant);
-    const std::chrono::year_month_day date(midnight);
-    const std::chrono::hh_mm_ss clock(instant - midnight);
-    std::array<char, kDateTextSize> text{};
-    std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ", static_cast<int>(date.year()),
-                  static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-                  static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
-                  static_cast<int>(clock.seconds().count()));
-    return text.data();
-}
+std::string instant_of(const UTCtime& time) { return instant_text(seconds_since_1970(time)); }
 
 Json time_json(const UTCtime& time) {
     return {

@@ -3,16 +3,14 @@
 #define VEL_TOOLS_MESSAGE_DATE_READING_H
 
 #include <cstdint>
-#include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
 #include <string_view>
 
+#include "tools/text/json_line.h"
 #include "vel/rfc822.h"
 
 namespace vel::command {
-
-using Json = nlohmann::ordered_json;
 
 enum class DateLayout { rfc822, ctime };
 

@@ -74,8 +74,6 @@ Json removed_json(const std::vector<RemovedField>& removed) {
 
 }  // namespace
 
-std::string one_line(const Json& object) { return object.dump(-1, ' ', true); }
-
 Json messages_json(const std::vector<LogLine>& lines) {
     Json messages = Json::array();
     for (const LogLine& line : lines) messages.push_back({{"level", line.level}, {"text", json_text(line.text)}});

@@ -2,20 +2,15 @@
 #ifndef VEL_TOOLS_MESSAGE_MESSAGE_JSON_H
 #define VEL_TOOLS_MESSAGE_MESSAGE_JSON_H
 
-#include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
 
 #include "tools/io/output.h"
 #include "tools/message/message.h"
+#include "tools/text/json_line.h"
 #include "tools/text/readable.h"
 
 namespace vel::command {
-
-using Json = nlohmann::ordered_json;
-
-// One line of ASCII. Texts must be in the form of json_text.
-std::string one_line(const Json& object);
 
 // [{"level": 1, "text": "..."}, ...]
 Json messages_json(const std::vector<LogLine>& lines);
