@@ -88,6 +88,8 @@ TEST_F(CommandTest, RunsItsExamples) {
     std::filesystem::create_directories(directory() / "Maildir/cur");
     file("Maildir/cur/1", "Subject: x\r\n\r\ny");
     std::filesystem::copy_file(sample("archive.mbox"), directory() / "archive.mbox");
+    std::filesystem::create_directory(directory() / "queue");
+    file("ostra.ini", "[Gateway]\nQueueDirectory=" + (directory() / "queue").string() + "\n");
     int examples = 0;
     for (const command::Verb& verb : command::verbs()) {
         std::istringstream help(run({"help", std::string(verb.name)}).out);

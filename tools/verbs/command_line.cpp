@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "tools/text/instant.h"
+
 namespace vel::command {
 namespace {
 
@@ -125,6 +127,16 @@ CLI::Option* as_size(CLI::Option* option) {
     CLI::AsSizeValue with_unit(false);
     with_unit.description("");
     return option->transform(with_unit)->transform(not_negative)->type_name("SIZE");
+}
+
+CLI::Option* as_duration(CLI::Option* option) {
+    return option
+        ->transform([](const std::string& text) {
+            const auto seconds = read_duration(text);
+            if (!seconds) throw CLI::ValidationError("no length of time, such as 30s, 5m, 2h or 1d: " + text);
+            return std::to_string(*seconds);
+        })
+        ->type_name("TIME");
 }
 
 Exit CommandLine::misuse(const std::string& text, Session& session) const {

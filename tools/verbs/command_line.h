@@ -79,9 +79,11 @@ const auto& row_named(const Rows& rows, std::string_view name) {
     return *std::find_if(rows.begin(), rows.end(), [&](const auto& row) { return row.name == name; });
 }
 
-// Has an option take a number that is not negative: N; or SIZE, in bytes or with K, M, G for powers of 1024.
+// Has an option take a number that is not negative: N; or SIZE, in bytes or with K, M, G for powers of 1024; or TIME,
+// in seconds, from a number with s, m, h or d.
 CLI::Option* as_number(CLI::Option* option);
 CLI::Option* as_size(CLI::Option* option);
+CLI::Option* as_duration(CLI::Option* option);
 
 // The paragraph about texts that every help with --json ends in.
 extern const char* const kAboutJsonTexts;

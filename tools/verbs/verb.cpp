@@ -22,14 +22,14 @@ constexpr std::array kVerbs{
     Verb{"date", "show what is made of a date", run_date},
     Verb{"init", "make a working place: configuration, queue, directories", run_init},
     Verb{"config", "show the settings that are in force, and what is wrong with them", run_config},
+    Verb{"queue", "see what is in the queue, hold or release it, hand it to a command", run_queue},
 };
 
 constexpr std::string_view kHelp = "help";
+constexpr std::size_t kColumn = 10;  // of the summaries
 
 std::string row(std::string_view name, std::string_view summary) {
-    std::size_t width = kHelp.size();
-    for (const Verb& verb : kVerbs) width = std::max(width, verb.name.size());
-    return std::string("  ").append(name).append(width + 2 - name.size(), ' ').append(summary).append("\n");
+    return std::string("  ").append(name).append(kColumn - name.size(), ' ').append(summary).append("\n");
 }
 
 std::string help() {
@@ -38,7 +38,7 @@ std::string help() {
         "Usage: vel VERB [OPTIONS] [FILE | TEXT]...\n"
         "\n"
         "Verbs:\n";
-    for (const Verb& verb : kVerbs) text += row(verb.name, verb.summary);
+    text += summary_of(kVerbs);
     text += row(kHelp, "show this, or with a verb behind it all about that verb");
     return text +=
            "\n"
@@ -63,20 +63,34 @@ Exit misuse(const std::string& text, Session& main) {
 }
 
 Exit run_verb(const std::string& name, Arguments arguments, Session& main) {
-    const auto verb = std::find_if(kVerbs.begin(), kVerbs.end(), [&](const Verb& v) { return v.name == name; });
-    if (verb == kVerbs.end()) return misuse("no verb \"" + name + "\"", main);
+    const Verb* const verb = verb_named(kVerbs, name);
+    if (!verb) return misuse("no verb \"" + name + "\"", main);
     return verb->run(std::move(arguments), main);
 }
 
 // "help VERB" stands for "VERB --help".
-Exit run_help(const Arguments& arguments, Session& main) {
+Exit run_help(Arguments arguments, Session& main) {
     if (arguments.empty() || arguments.front() == kHelp) return answer(help(), main);
-    return run_verb(arguments.front(), {"--help"}, main);
+    const std::string name = arguments.front();
+    arguments.erase(arguments.begin());
+    arguments.emplace_back("--help");
+    return run_verb(name, std::move(arguments), main);
 }
 
 }  // namespace
 
 std::span<const Verb> verbs() { return kVerbs; }
+
+std::string summary_of(std::span<const Verb> verbs) {
+    std::string text;
+    for (const Verb& verb : verbs) text += row(verb.name, verb.summary);
+    return text;
+}
+
+const Verb* verb_named(std::span<const Verb> verbs, std::string_view name) {
+    const auto verb = std::find_if(verbs.begin(), verbs.end(), [&](const Verb& v) { return v.name == name; });
+    return verb == verbs.end() ? nullptr : &*verb;
+}
 
 Exit run_command(Arguments arguments, Session& main) {
     if (arguments.empty()) return misuse("no verb given", main);
@@ -84,7 +98,7 @@ Exit run_command(Arguments arguments, Session& main) {
     arguments.erase(arguments.begin());
     if (wanted == "--help" || wanted == "-h") return answer(help(), main);
     if (wanted == "--version") return answer("vel " VEL_VERSION "\n", main);
-    if (wanted == kHelp) return run_help(arguments, main);
+    if (wanted == kHelp) return run_help(std::move(arguments), main);
     return run_verb(wanted, std::move(arguments), main);
 }
 

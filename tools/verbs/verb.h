@@ -44,6 +44,12 @@ struct Verb {
 
 std::span<const Verb> verbs();
 
+// The lines of a table of verbs in a help.
+std::string summary_of(std::span<const Verb> verbs);
+
+// The verb of a table that has this name; null when none has.
+const Verb* verb_named(std::span<const Verb> verbs, std::string_view name);
+
 Exit run_parse(Arguments arguments, Session& main);
 Exit run_show(Arguments arguments, Session& main);
 Exit run_extract(Arguments arguments, Session& main);
@@ -58,6 +64,7 @@ Exit run_address(Arguments arguments, Session& main);
 Exit run_date(Arguments arguments, Session& main);
 Exit run_init(Arguments arguments, Session& main);
 Exit run_config(Arguments arguments, Session& main);
+Exit run_queue(Arguments arguments, Session& main);
 
 // Runs what the arguments, without the program's name, ask for.
 Exit run_command(Arguments arguments, Session& main);

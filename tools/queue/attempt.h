@@ -1,0 +1,44 @@
+// One attempt at a delivery: a command that is handed a message.
+#ifndef VEL_TOOLS_QUEUE_ATTEMPT_H
+#define VEL_TOOLS_QUEUE_ATTEMPT_H
+
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tools/queue/error_stream.h"
+#include "tools/queue/stop_request.h"
+#include "tools/queue/verdict.h"
+#include "vel/platform/queue.h"
+
+namespace vel::command {
+
+struct DeliveryCommand {
+    std::string program;                          // its path
+    std::vector<std::string> arguments;           // the name that it is called by first
+    std::optional<std::chrono::seconds> timeout;  // nothing: it may take its time
+};
+
+// What holds while the command runs.
+struct Circumstances {
+    StopRequest& stop;
+    std::chrono::seconds between_extensions;
+    std::function<bool()> extend;  // the lease; false when the claim is lost
+    ErrorStream::OnLine on_line;   // of its standard error
+};
+
+struct Outcome {
+    Verdict verdict;
+    std::string reason;
+};
+
+// Runs the command: the message is its standard input, its descriptor 3 the envelope as JSON. VEL_ID, VEL_CHANNEL,
+// VEL_SENDER and, where there is one alone, VEL_RECIPIENT are in its environment. Its standard output goes to our
+// standard error.
+Outcome attempt(const MQEntry& entry, const DeliveryCommand& command, const Circumstances& circumstances);
+
+}  // namespace vel::command
+
+#endif

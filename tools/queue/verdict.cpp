@@ -1,0 +1,42 @@
+#include "tools/queue/verdict.h"
+
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+#include "tools/io/child.h"
+
+namespace vel::command {
+namespace {
+
+constexpr int kSystemError = 71, kInputOutput = 74, kTemporary = 75;
+constexpr int kNotExecutable = 126, kSignalled = 128;  // as a shell says it
+
+bool is_temporary(int code) {
+    constexpr std::array kTemporaries{kSystemError, kInputOutput, kTemporary, kNotExecutable, kCannotRun};
+    return code >= kSignalled || std::count(kTemporaries.begin(), kTemporaries.end(), code) != 0;
+}
+
+std::string signal_text(int signal) {
+    const char* const name = ::sigdescr_np(signal);
+    std::string text = "signal " + std::to_string(signal);
+    return name ? text.append(" (").append(name).append(")") : text;
+}
+
+}  // namespace
+
+Verdict verdict_of(int status) {
+    if (!WIFEXITED(status)) return Verdict::deferred;
+    if (WEXITSTATUS(status) == 0) return Verdict::delivered;
+    return is_temporary(WEXITSTATUS(status)) ? Verdict::deferred : Verdict::failed;
+}
+
+std::string reason_of(int status, std::string_view last_line) {
+    std::string text =
+        WIFEXITED(status) ? "exit code " + std::to_string(WEXITSTATUS(status)) : signal_text(WTERMSIG(status));
+    return last_line.empty() ? text : text.append(": ").append(last_line);
+}
+
+}  // namespace vel::command

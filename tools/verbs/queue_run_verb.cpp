@@ -1,0 +1,110 @@
+// vel queue run: deliveries by a command.
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "tools/io/child.h"
+#include "tools/queue/connection.h"
+#include "tools/queue/delivery_run.h"
+#include "tools/queue/entries.h"
+#include "tools/verbs/command_line.h"
+#include "tools/verbs/queue_verbs.h"
+
+namespace vel::command {
+namespace {
+
+const std::string kFooter =
+    std::string(
+        "Examples:\n"
+        "  vel queue run --channel smtp -- sh -c 'exec sendmail -i -f \"$VEL_SENDER\" -- \"$VEL_RECIPIENT\"'\n"
+        "  vel queue run --channel local --once -- /usr/local/bin/deliver\n"
+        "  vel queue run --channel list --batch --jobs 4 -- sh -c 'jq -r .recipients[].address <&3 | deliver-all'\n"
+        "\n"
+        "COMMAND runs once for each recipient that is due, or with --batch once for all of an entry's that are. Its\n"
+        "standard input is the message file, its descriptor 3 the envelope: the JSON object below, one line. In its\n"
+        "environment are VEL_ID, VEL_CHANNEL, VEL_SENDER and, for a single recipient, VEL_RECIPIENT; these come from\n"
+        "the message, so quote them, and put \"--\" before an address. Its standard output and standard error go to\n"
+        "standard error here. It has no other descriptor, and a session of its own.\n"
+        "\n"
+        "Its exit code says what becomes of the recipients:\n"
+        "  0                    delivered\n"
+        "  71, 74, 75           deferred, as system, input/output and temporary errors\n"
+        "  126, 127, over 127   deferred: the command cannot be run, or a signal ended what it ran\n"
+        "  any other            failed for good\n"
+        "A command that a signal ends, or that cannot be started, defers too. The reason that is kept is the exit "
+        "code\n"
+        "with the last line of its standard error. Deferred recipients are due again after the times of [Queue]\n"
+        "RetryAfter (\"5m, 15m, 30m, 1h, 2h, 4h\"; the last one repeats), unless that is later than [Queue] Lifetime\n"
+        "(\"5d\") behind the arrival: then they have failed. What has failed is held, with its reason, until an "
+        "operator\n"
+        "releases or removes it; it is then tried once more. With --batch the exit code is for all, and the recipient\n"
+        "with the most attempts sets the time.\n"
+        "\n"
+        "SIGTERM, SIGINT or SIGHUP ends the run when the commands that run have ended. A second one is passed on to\n"
+        "them, and what they have not delivered is given back; 10 seconds later they are killed. When vel itself is\n"
+        "killed, so are its commands (but not what they have started, or what gains privileges), and others may claim\n"
+        "at once: a message is delivered at least once. In the end a line tells how many recipients were delivered,\n"
+        "deferred and held. The exit code is 0, 69 when the queue cannot be reached, 78 when COMMAND is not there or "
+        "a\n"
+        "setting is wrong; what becomes of messages does not change it.\n"
+        "\n") +
+    kAboutEntryJson + "Here its recipients are those that were claimed.\n";
+
+struct Options {
+    RunOptions run;
+    DeliveryCommand command;
+};
+
+void declare(CLI::App& app, Options& options) {
+    app.add_option("COMMAND", options.command.program, "Behind \"--\": a program and its arguments")
+        ->required()
+        ->type_name("");
+    app.add_option("--channel", options.run.channels, "Channels to deliver for")->required()->type_name("NAME...");
+    app.add_flag("--once", options.run.once, "End when nothing is due, instead of waiting for more");
+    app.add_flag("--batch", options.run.batch, "Hand an entry's due recipients to one command together");
+    app.add_option("--jobs", options.run.jobs, "So many commands at once; 1 by default")
+        ->check(CLI::Range(1, 256).description(""))
+        ->type_name("N");
+    as_duration(app.add_option_function<int64_t>(
+        "--timeout", [&](int64_t seconds) { options.command.timeout = std::chrono::seconds(seconds); },
+        "End a command that takes longer, such as 30m, and defer"));
+    as_duration(app.add_option_function<int64_t>(
+        "--poll", [&](int64_t seconds) { options.run.poll = std::chrono::seconds(seconds); },
+        "Look for what is due so often; 1s by default"));
+}
+
+// Before anything is claimed: what is only misspelt should not defer all the mail.
+std::string path_of(const std::string& name) {
+    const bool is_path = name.find('/') != std::string::npos;
+    const std::string path = is_path ? name : find_program(name).value_or("");
+    if (path.empty()) throw Failure(Exit::config, name + ": no such program in $PATH");
+    if (::access(path.c_str(), X_OK) != 0) throw Failure::of_system_call(Exit::config, path);
+    if (std::filesystem::is_directory(path)) throw Failure(Exit::config, path + ": is a directory");
+    return path;
+}
+
+// What stands behind the first "--". Its arguments, which may look like anything, are kept from the option parser.
+std::vector<std::string> take_command(Arguments& arguments) {
+    const auto mark = std::find(arguments.begin(), arguments.end(), "--");
+    if (mark == arguments.end()) return {};
+    std::vector<std::string> command(std::next(mark), arguments.end());
+    if (!command.empty()) arguments.erase(mark + 2, arguments.end());
+    return command;
+}
+
+}  // namespace
+
+Exit run_queue_run(Arguments arguments, Session& main) {
+    CommandLine line("queue run", "Hands what is due to a command that delivers it.", kFooter);
+    Options options;
+    options.command.arguments = take_command(arguments);
+    declare(line.app(), options);
+    if (const auto exit = line.read(std::move(arguments), main)) return *exit;
+    if (options.command.arguments.empty()) return line.misuse("\"--\" stands before COMMAND", main);
+    options.command.program = path_of(options.command.program);
+    const RetryPlan plan = RetryPlan::from_settings();
+    connect_to_queue(main);
+    return run_deliveries(options.run, options.command, plan, main);
+}
+
+}  // namespace vel::command
