@@ -84,7 +84,7 @@ TEST_F(QueueRunTest, TakesTheEndOfTheCommandForItsVerdict) {
         {"exit 137", {"ann waiting 1 exit code 137"}},
         {"echo no such user >&2; exit 67", {"ann held 1 exit code 67: no such user"}},
         {"exit 1", {"ann held 1 exit code 1"}},
-        {"sleep 100 & exit 65", {"ann held 1 exit code 65"}},
+        {"sleep 3 & exit 65", {"ann held 1 exit code 65"}},
         {"yes x | tr -d '\\n' | head -c 10000000 >&2; echo >&2; printf 'last\\033 ' >&2; exit 70",
          {"ann held 1 exit code 70: last\x1b"}},
     };

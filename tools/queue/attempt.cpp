@@ -4,10 +4,12 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <csignal>
 #include <nlohmann/json.hpp>
 
 #include "tools/io/blocks.h"
+#include "tools/io/caller_zone.h"
 #include "tools/io/child.h"
 #include "tools/queue/entries.h"
 #include "tools/text/instant.h"
@@ -28,17 +30,19 @@ Descriptor file_of(const std::string& text) {
     return file;
 }
 
+// Ours, with the caller's time zone, which the library's start-up has changed, and what tells of the entry.
 std::vector<std::string> environment_for(const MQEntry& entry) {
-    std::vector<std::string> own{"VEL_ID=" + std::string(entry.id), "VEL_CHANNEL=" + std::string(entry.channel),
+    std::vector<std::string> all{"VEL_ID=" + std::string(entry.id), "VEL_CHANNEL=" + std::string(entry.channel),
                                  "VEL_SENDER=" + std::string(entry.sender.address)};
-    if (entry.recipientCount == 1) own.push_back("VEL_RECIPIENT=" + std::string(entry.recipients->address));
+    if (entry.recipientCount == 1) all.push_back("VEL_RECIPIENT=" + std::string(entry.recipients->address));
+    if (!caller_zone().empty()) all.push_back("TZ=" + caller_zone());
     for (char** setting = environ; *setting; ++setting) {
+        constexpr std::array kReplaced{"VEL_ID=", "VEL_CHANNEL=", "VEL_SENDER=", "VEL_RECIPIENT=", "TZ="};
         const std::string_view text = *setting;
-        const bool is_ours = text.starts_with("VEL_ID=") || text.starts_with("VEL_CHANNEL=") ||
-                             text.starts_with("VEL_SENDER=") || text.starts_with("VEL_RECIPIENT=");
-        if (!is_ours) own.emplace_back(text);
+        if (std::none_of(kReplaced.begin(), kReplaced.end(), [&](const char* name) { return text.starts_with(name); }))
+            all.emplace_back(text);
     }
-    return own;
+    return all;
 }
 
 // Looks after a command while it runs: keeps its claim, and ends it when there is a reason.

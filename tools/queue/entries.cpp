@@ -53,8 +53,8 @@ void for_each_entry(const Choice& choice, Session& session, const std::function<
 }
 
 int64_t now_in_microseconds() {
-    using namespace std::chrono;
-    return duration_cast<microseconds>(system_clock::now().time_since_epoch()).count();
+    const auto since = std::chrono::system_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::microseconds>(since).count();
 }
 
 const char* state_name(int state) {

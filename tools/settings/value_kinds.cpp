@@ -9,6 +9,7 @@
 #include "tools/settings/zone.h"
 #include "tools/text/ascii.h"
 #include "tools/text/charset_names.h"
+#include "tools/text/instant.h"
 
 namespace vel::command {
 namespace {
@@ -26,12 +27,6 @@ bool is_number(std::string_view text) {
     const auto end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, number);
     return error == std::errc() && stop == end;
-}
-
-// A number and its unit.
-bool is_wait(std::string_view text) {
-    constexpr std::string_view units = "smhd";
-    return !text.empty() && units.find(text.back()) != units.npos && is_number(text.substr(0, text.size() - 1));
 }
 
 std::vector<std::string_view> words_of(std::string_view list) {
@@ -59,14 +54,14 @@ std::string true_or_false(const std::string& value) {
 
 std::string a_number(const std::string& value) { return is_number(value) ? "" : kNotANumber; }
 
-std::string a_wait(const std::string& value) { return is_wait(value) ? "" : "is no time such as 90s, 15m, 4h or 5d"; }
+std::string a_wait(const std::string& value) {
+    return read_duration(value) ? "" : "is no time such as 90s, 15m, 4h or 5d";
+}
 
 std::string some_waits(const std::string& value) {
     for (std::string_view rest = value;;) {
         const std::size_t comma = rest.find(',');
-        const std::string_view wait = trimmed(rest.substr(0, comma));
-        if (!is_wait(wait) || wait.find_first_not_of('0') == wait.size() - 1)
-            return "is no list of times such as 5m, 1h";
+        if (read_duration(trimmed(rest.substr(0, comma))).value_or(0) == 0) return "is no list of times such as 5m, 1h";
         if (comma == rest.npos) return {};
         rest.remove_prefix(comma + 1);
     }
