@@ -45,7 +45,7 @@ OwnedFile make_owned(const std::function<std::string(const std::string& id)>& pa
         Descriptor lock = make_and_lock(path);
         if (lock) return {std::move(id), std::move(path), std::move(lock)};
     }
-    throw QueueError("no new file can be made and locked: " + path_of("*"));
+    throw QueueError("no new file of the queue can be made and locked");
 }
 
 Descriptor take_ownerless(const std::string& path) {

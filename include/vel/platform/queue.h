@@ -22,10 +22,10 @@ extern "C" {
 typedef struct MQContext MQContext;
 
 /* Connects to the queue below [Gateway] QueueDirectory. It may be called again, also when the setting has changed;
-   entries that are open stay so.
+   entries and consumers that are open stay so, where they were opened.
      host    ignored
      module  the calling module's name, which stands in the queue's log lines; null counts as empty
-   Returns non-zero on success. */
+   Returns non-zero on success. It fails where there are messages whose tables are gone, too: they are not new. */
 VEL_API unsigned char MQInit(const char* host, const char* module);
 
 /* Opens a new entry: an empty message file, which the maker fills, and its message lock.
@@ -54,7 +54,9 @@ VEL_API unsigned char PutMQEnvelope(MQContext* context, struct stEnvelope* envel
 
 /* Commits the entry: when the call returns non-zero, the entry is on disk and consumers see it. Otherwise (no
    channel, no envelope, an empty message file or another one in its place, a failed system call) nobody ever sees it
-   and its files are gone. An entry without recipients is held for the operator. */
+   and its files are gone. Only when the disk takes nothing more at all, so that a commit which has failed cannot be
+   written over, do the files stay until they are reclaimed; a crash of the system before that may show the entry. An
+   entry without recipients is held for the operator. */
 VEL_API unsigned char CloseMQEntry(MQContext* context);
 
 /* Abandons the entry and removes its files. Returns non-zero on success. */
@@ -77,7 +79,7 @@ typedef struct MQRecipient {
     int32_t state;
     int32_t attempts; /* how often it has been claimed */
     int32_t notify;   /* this and the texts down to text2: as in _envRecip */
-    int64_t due;      /* when it may be claimed */
+    int64_t due;      /* its turn; before it, one that was deferred is not claimed */
     const char* channel;
     const char* address;
     const char* originalRecipient;
@@ -109,7 +111,8 @@ VEL_API void MQFreeEntry(MQEntry* entry);
 typedef struct MQConsumer MQConsumer;
 
 /* Makes the process a consumer, which lives until MQCloseConsumer or the end of the process; what dead processes
-   have left is reclaimed. The child of a fork is no consumer. MQInit comes first.
+   have left is reclaimed. The child of a fork is no consumer; its parent's claims seem alive until it ends or calls
+   exec as well. MQInit comes first.
      who  stands in the lines of accounting
    Returns the consumer; null on failure. */
 VEL_API MQConsumer* MQOpenConsumer(const char* who);
@@ -120,8 +123,9 @@ VEL_API int MQCloseConsumer(MQConsumer* consumer);
 
 /* Claims the entry whose turn it is, for this consumer alone: the one with the recipient that has been due longest,
    then the lowest identifier. Each claim counts as an attempt. It is a lease: it ends with its time, or at once when
-   the consumer dies; then the recipients are due again, behind all that was due before. A recipient whose message
-   file is gone or has another size is held, with a log line.
+   the consumer dies; then the recipients are due again, behind all that was due before. Setting the clock ends no
+   lease, and keeps only those waiting that were deferred. A recipient whose message file is gone, has another size or
+   is no regular file is held, with a log line.
      channels  names, compared exactly, behind them a null; null: all channels
      limit     how many due recipients of the entry are claimed at most; 0: all of these channels
      lease     seconds, above 0

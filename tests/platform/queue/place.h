@@ -3,7 +3,10 @@
 #define VEL_TESTS_PLATFORM_QUEUE_PLACE_H
 
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <csignal>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -124,6 +127,25 @@ class QueuePlace : public Scratch {
     }
 
     std::vector<std::string> log_;
+};
+
+// One that the process is connected to.
+class StartedQueue : public QueuePlace {
+  protected:
+    StartedQueue() { EXPECT_EQ(MQInit("host", "module"), 1); }
+
+    // Runs body in a child process, which then dies as by a crash.
+    template <class Body>
+    static void in_dying_child(Body&& body) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            body();
+            ::raise(SIGKILL);
+        }
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
+    }
 };
 
 }  // namespace vel::test
