@@ -85,7 +85,7 @@ TEST_F(QueueRunTest, TakesTheEndOfTheCommandForItsVerdict) {
         {"echo no such user >&2; exit 67", {"ann held 1 exit code 67: no such user"}},
         {"exit 1", {"ann held 1 exit code 1"}},
         {"sleep 3 & exit 65", {"ann held 1 exit code 65"}},
-        {"yes x | tr -d '\\n' | head -c 10000000 >&2; echo >&2; printf 'last\\033 ' >&2; exit 70",
+        {"yes x | tr -d '\\n' | head -c 3000000 >&2; echo >&2; printf 'last\\033 ' >&2; exit 70",
          {"ann held 1 exit code 70: last\x1b"}},
     };
     for (const Row& row : rows) {
@@ -159,6 +159,7 @@ TEST_F(QueueRunTest, FinishesWhatItDoesBeforeItStops) {
     const pid_t process = start_run(patient_);
     await("the command", [&] { return stands("started"); });
     ::kill(process, SIGTERM);
+    await("the signal's effect", [&] { return said().find("stopping") != std::string::npos; });
     file("go", "");
     EXPECT_EQ(wait_for(process), 0);
     EXPECT_THAT(listed(), ElementsAre("joe waiting 0 "));
@@ -169,11 +170,10 @@ TEST_F(QueueRunTest, PassesTheSecondSignalOnAndGivesBack) {
     const pid_t process = start_run("trap 'touch told; exit 65' TERM; " + patient_);
     await("the command", [&] { return stands("started"); });
     ::kill(process, SIGINT);
-    await("the second signal's effect", [&] {
-        ::kill(process, SIGTERM);
-        return stands("told");
-    });
+    await("the signal's effect", [&] { return said().find("stopping") != std::string::npos; });
+    ::kill(process, SIGTERM);
     EXPECT_EQ(wait_for(process), 0);
+    EXPECT_TRUE(stands("told"));
     EXPECT_THAT(listed(), ElementsAre("ann waiting 1 "));
 }
 

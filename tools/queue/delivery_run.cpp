@@ -131,6 +131,14 @@ class Worker {
     std::vector<const char*> channels_;
 };
 
+void take_signal(Run& run, int signal) {
+    const bool again = run.stop.asked();
+    run.stop.add(signal);
+    Output(run.streams)
+        .complain({}, again ? "ending the commands that run"
+                            : "stopping when the commands that run have ended; another signal ends them");
+}
+
 // One that cannot go on has the others stop too: whoever started the run is to know.
 Exit work(Run& run) {
     Exit exit = Exit::io_error;
@@ -147,7 +155,7 @@ Exit work(Run& run) {
 
 Exit run_deliveries(const RunOptions& options, const DeliveryCommand& command, const RetryPlan& plan, Session& main) {
     Run run{options, command, plan, main.output.streams()};
-    const TakenSignals signals([&](int signal) { run.stop.add(signal); });
+    const TakenSignals signals([&](int signal) { take_signal(run, signal); });
     std::vector<Exit> exits(options.jobs, Exit::success);
     std::vector<std::thread> workers;
     for (Exit& exit : exits) workers.emplace_back([&] { exit = work(run); });
