@@ -36,7 +36,7 @@ constexpr const char* kTables = R"(
     CREATE INDEX recipient_by_channel ON recipient (channel, deferred, due, entry) WHERE state = 1;
     CREATE INDEX recipient_by_due ON recipient (deferred, due, entry) WHERE state = 1;
     CREATE INDEX recipient_by_entry ON recipient (entry, deferred, due) WHERE state = 1;
-    CREATE INDEX recipient_by_consumer ON recipient (consumer) WHERE state = 2;
+    CREATE INDEX recipient_by_consumer ON recipient (consumer, entry, number) WHERE state = 2;
     CREATE INDEX recipient_by_lease ON recipient (lease_until) WHERE state = 2;
     CREATE TABLE seal (count INTEGER NOT NULL);
     INSERT INTO seal VALUES (0);

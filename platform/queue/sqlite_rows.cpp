@@ -38,6 +38,14 @@ Recipient next_recipient(Query& row) {
     return recipient;
 }
 
+void append_recipients(Database& database, const Selection& selection, std::vector<Recipient>& recipients) {
+    const bool all = selection.recipient == MQ_ALL;
+    Query row = database.query(kReadRecipients);
+    row << selection.id << (all ? 0 : selection.recipient) << (all ? INT32_MAX : selection.recipient);
+    row << selection.states << selection.consumer;
+    while (row.next()) recipients.push_back(next_recipient(row));
+}
+
 }  // namespace
 
 void insert(Database& database, const Entry& entry) {
@@ -64,13 +72,21 @@ std::optional<Entry> read_entry(Database& database, const std::string& id) {
     return entry;
 }
 
+// What a consumer has claimed of an entry is found by its index: others may have very many recipients of it.
 std::vector<Recipient> read_recipients(Database& database, const Selection& selection) {
-    const bool all = selection.recipient == MQ_ALL;
-    Query row = database.query(kReadRecipients);
-    row << selection.id << (all ? 0 : selection.recipient) << (all ? INT32_MAX : selection.recipient);
-    row << selection.states << selection.consumer;
     std::vector<Recipient> recipients;
-    while (row.next()) recipients.push_back(next_recipient(row));
+    if (selection.consumer.empty() || selection.recipient != MQ_ALL) {
+        append_recipients(database, selection, recipients);
+        return recipients;
+    }
+    Selection one = selection;
+    Query row =
+        database.query("SELECT number FROM recipient WHERE state = 2 AND consumer = ? AND entry = ? ORDER BY number");
+    row << selection.consumer << selection.id;
+    while (row.next()) {
+        row >> one.recipient;
+        append_recipients(database, one, recipients);
+    }
     return recipients;
 }
 
