@@ -92,7 +92,7 @@ TEST_F(CommandTest, RunsItsExamples) {
     std::filesystem::create_directory(directory() / "queue");
     int examples = 0;
     for (const command::Verb& verb : command::verbs()) {
-        if (verb.name == "queue")
+        if (verb.name == "queue" || verb.name == "send")
             file("ostra.ini", "[Gateway]\nQueueDirectory=" + (directory() / "queue").string() + "\n");
         std::istringstream help(run({"help", std::string(verb.name)}).out);
         for (std::string line; std::getline(help, line);) {

@@ -14,6 +14,8 @@ constexpr std::array kVerbs{
     Verb{"headers", "show the header fields of a message", run_headers},
     Verb{"check", "tell what is wrong with a message, and where", run_check},
     Verb{"split", "cut a mailbox into messages", run_split},
+    Verb{"build", "build a message from a text and files", run_build},
+    Verb{"send", "put a message into the queue", run_send},
     Verb{"encode", "write a file in base64, quoted-printable, uuencode or BinHex", run_encode},
     Verb{"decode", "write a file out of one of these", run_decode},
     Verb{"word", "encode and decode encoded words in header texts", run_word},
@@ -34,7 +36,7 @@ std::string row(std::string_view name, std::string_view summary) {
 
 std::string help() {
     std::string text =
-        "Internet mail from the shell: takes messages apart, encodes and decodes.\n"
+        "Internet mail from the shell: takes messages apart, builds and sends them, encodes and decodes.\n"
         "Usage: vel VERB [OPTIONS] [FILE | TEXT]...\n"
         "\n"
         "Verbs:\n";
@@ -46,7 +48,7 @@ std::string help() {
            "The file \"-\" is standard input. With many files all cores work; what is printed keeps their order.\n"
            "Data goes to standard output, messages go to standard error.\n"
            "Exit codes: 0 success, 64 usage, 65 bad data, 66 no input, 69 unavailable, 73 cannot create,\n"
-           "74 input/output error, 78 configuration error; of several files the worst one counts.\n"
+           "74 input/output error, 75 not now, 78 configuration error; of several files the worst one counts.\n"
            "\n"
            "Example:\n"
            "  printf 'Subject: test\\n\\ntext\\n' | vel parse -\n";

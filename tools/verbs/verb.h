@@ -56,6 +56,8 @@ Exit run_extract(Arguments arguments, Session& main);
 Exit run_headers(Arguments arguments, Session& main);
 Exit run_check(Arguments arguments, Session& main);
 Exit run_split(Arguments arguments, Session& main);
+Exit run_build(Arguments arguments, Session& main);
+Exit run_send(Arguments arguments, Session& main);
 Exit run_encode(Arguments arguments, Session& main);
 Exit run_decode(Arguments arguments, Session& main);
 Exit run_word(Arguments arguments, Session& main);
