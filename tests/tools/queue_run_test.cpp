@@ -135,6 +135,12 @@ TEST_F(QueueRunTest, HandsOverTheMessageTheEnvelopeAndNothingElse) {
     EXPECT_THAT(listed(), IsEmpty());
 }
 
+TEST_F(QueueRunTest, LearnsTheExitCodeWhateverItsCallerIgnores) {
+    submit({"ann"});
+    EXPECT_EQ(shell("trap '' CHLD PIPE; vel queue run --channel smtp --once -- sh -c 'exit 75' > said"), 0);
+    EXPECT_THAT(listed(), ElementsAre("ann waiting 1 exit code 75"));
+}
+
 TEST_F(QueueRunTest, HoldsWhatIsTooOldForAnotherAttempt) {
     configure("RetryAfter=1h\nLifetime=30m\n");
     submit({"ann"});

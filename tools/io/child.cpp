@@ -74,6 +74,7 @@ bool take_descriptors(const std::vector<int>& descriptors) {
 pid_t started(const Launch& launch) {
     const TextArray arguments(launch.arguments), environment(launch.environment);
     const pid_t parent = ::getpid();
+    std::signal(SIGCHLD, SIG_DFL);  // a caller that has us ignore it would take the exit codes away
     const pid_t process = ::fork();
     if (process == 0) become(launch, arguments.get(), environment.get(), parent);
     if (process == -1) throw Failure::of_system_call(Exit::io_error, launch.program);

@@ -62,7 +62,7 @@ class Watch {
             if (now >= kill_) child_.signal(SIGKILL);
         } else if (const int signal = circumstances_.stop.signal()) {
             end(Reason::told_to_stop, signal, now);
-        } else if (end_ && now >= *end_) {
+        } else if (now >= end_) {
             end(Reason::too_long, SIGTERM, now);
         }
     }
@@ -84,8 +84,8 @@ class Watch {
     const Child& child_;
     const Circumstances& circumstances_;
     Clock::time_point extension_;
-    std::optional<Clock::time_point> end_;
-    Clock::time_point kill_;
+    Clock::time_point end_ = Clock::time_point::max();
+    Clock::time_point kill_{};
     Reason reason_ = Reason::none;
 };
 

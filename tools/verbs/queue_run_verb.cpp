@@ -59,7 +59,7 @@ void declare(CLI::App& app, Options& options) {
     app.add_option("COMMAND", options.command.program, "Behind \"--\": a program and its arguments")
         ->required()
         ->type_name("");
-    app.add_option("--channel", options.run.channels, "Channels to deliver for")->required()->type_name("NAME...");
+    app.add_option("--channel", options.run.channels, "Channels to deliver for")->required()->type_name("NAME");
     app.add_flag("--once", options.run.once, "End when nothing is due, instead of waiting for more");
     app.add_flag("--batch", options.run.batch, "Hand an entry's due recipients to one command together");
     app.add_option("--jobs", options.run.jobs, "So many commands at once; 1 by default")
@@ -67,7 +67,7 @@ void declare(CLI::App& app, Options& options) {
         ->type_name("N");
     as_duration(app.add_option_function<int64_t>(
         "--timeout", [&](int64_t seconds) { options.command.timeout = std::chrono::seconds(seconds); },
-        "End a command that takes longer, such as 30m, and defer"));
+        "Have SIGTERM, and SIGKILL 10 seconds later, end a command that takes longer, such as 30m, and defer"));
     as_duration(app.add_option_function<int64_t>(
         "--poll", [&](int64_t seconds) { options.run.poll = std::chrono::seconds(seconds); },
         "Look for what is due so often; 1s by default"));
