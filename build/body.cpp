@@ -5,6 +5,7 @@
 #include <string>
 
 #include "build/copy_lines.h"
+#include "build/envelope_line.h"
 #include "frame/access.h"
 #include "frame/log.h"
 #include "frame/open_handle.h"
@@ -58,16 +59,11 @@ class WithoutEnvelope {
   public:
     bool is_over() const { return !in_front_; }
     std::string_view operator()(std::string_view line, bool begins) {
-        if (begins) in_front_ = in_front_ && is_envelope(line);
+        if (begins) in_front_ = in_front_ && is_envelope_line(line);
         return in_front_ ? std::string_view() : line;
     }
 
   private:
-    static bool is_envelope(std::string_view line) {
-        constexpr std::string_view kKinds = "FRD";
-        return line.size() >= 2 && line[0] == '#' && kKinds.find(ascii::to_upper(line[1])) != kKinds.npos;
-    }
-
     bool in_front_ = true;
 };
 
