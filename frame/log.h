@@ -5,6 +5,7 @@
 namespace vel {
 
 constexpr int kLogError = 1;
+constexpr int kLogAccount = 3;
 constexpr int kLogNotice = 6;
 
 // Logs a text as it is, with the caller's module name. Keeps errno.

@@ -34,6 +34,7 @@
 #include "vel/frame.h"
 #include "vel/japanese.h"
 #include "vel/mime.h"
+#include "vel/notify.h"
 #include "vel/rfc822.h"
 #include "vel/types.h"
 #include "vel/words.h"

@@ -11,18 +11,6 @@
 namespace vel::test {
 namespace {
 
-constexpr const char* kPreamble =
-    "\nThis is a Mime message, which your current mail reader\n"
-    "may not understand. Parts of the message will appear as\n"
-    "text. To process the remainder, you will need to use a Mime\n"
-    "compatible mail reader. Contact your vendor for details.\n";
-
-std::string boundary_of(const std::string& message) {
-    constexpr std::size_t kLength = sizeof "VEL.Boundary.0123456789ABCDEF" - 1;
-    const std::size_t start = message.find("VEL.Boundary.");
-    return start == std::string::npos ? "" : message.substr(start, kLength);
-}
-
 class MultipartTest : public BuildTest {
   protected:
     // Builds a message of the parts' files; "(none)" passes no array.

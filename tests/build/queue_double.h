@@ -1,11 +1,10 @@
-// A queue that writes down what it is told, in the place of the real one. For one source of a program.
+// A queue that writes down what it is told, in the place of the real one.
 #ifndef VEL_TESTS_BUILD_QUEUE_DOUBLE_H
 #define VEL_TESTS_BUILD_QUEUE_DOUBLE_H
 
-#include <fstream>
 #include <string>
+#include <vector>
 
-#include "tests/support/memory.h"
 #include "vel/platform/queue.h"
 
 struct MQContext {
@@ -16,10 +15,12 @@ struct MQContext {
 namespace vel::test {
 
 struct Queue {
-    std::string base;
+    std::string base;   // of every entry
     std::string fails;  // the call that does
     std::string calls;
     std::string envelope;
+    std::vector<std::string> messages;  // of the entries that were committed
+    std::vector<std::string> envelopes;
     MQContext context;
 
     bool call(const std::string& name) {
@@ -29,66 +30,6 @@ struct Queue {
 };
 inline Queue* queue = nullptr;  // the running test's
 
-inline std::string text_of(const _envFrom& from) {
-    return std::string(from.address) + "|" + from.envelopeId + "|" + std::to_string(from.returnType) + "|" +
-           std::to_string(from.number) + "|" + from.text + "|" + from.channel;
-}
-
-inline std::string text_of(const _envRecip& to) {
-    return std::string(to.address) + "|" + to.originalRecipient + "|" + std::to_string(to.notify) + "|" + to.text +
-           "|" + to.text2;
-}
-
-inline std::string text_of(stEnvelope& envelope) {
-    std::string text = std::to_string(envelope.number) + " " + std::to_string(envelope.number2);
-    envelope.senders.Reset();
-    while (const _envFrom* from = envelope.senders.Next()) text += " from " + text_of(*from);
-    envelope.recipients.Reset();
-    while (const _envRecip* to = envelope.recipients.Next()) text += " to " + text_of(*to);
-    return text;
-}
-
 }  // namespace vel::test
-
-extern "C" {
-
-MQContext* CreateMQEntry(void) {
-    const vel::test::Fed fed;
-    if (!vel::test::queue->call("create")) return nullptr;
-    std::ofstream(vel::test::queue->base + ".msg");
-    std::ofstream(vel::test::queue->base + ".lck");
-    vel::test::queue->context.base = vel::test::queue->base;
-    return &vel::test::queue->context;
-}
-
-const char* GetMQPathName(MQContext* context, const char* extension) {
-    const vel::test::Fed fed;
-    if (!context || !vel::test::queue->call("path")) return nullptr;
-    context->path = context->base + extension;
-    return context->path.c_str();
-}
-
-unsigned char InsertMQChannel(MQContext*, const char* channel, int priority) {
-    const vel::test::Fed fed;
-    return vel::test::queue->call("insert " + std::string(channel) + " " + std::to_string(priority));
-}
-
-unsigned char PutMQEnvelope(MQContext*, stEnvelope* envelope) {
-    const vel::test::Fed fed;
-    vel::test::queue->envelope = vel::test::text_of(*envelope);
-    return vel::test::queue->call("put");
-}
-
-unsigned char CloseMQEntry(MQContext*) {
-    const vel::test::Fed fed;
-    return vel::test::queue->call("close") ? 7 : 0;
-}
-
-unsigned char DiscardMQEntry(MQContext*) {
-    const vel::test::Fed fed;
-    return vel::test::queue->call("discard");
-}
-
-}  // extern "C"
 
 #endif

@@ -1,4 +1,4 @@
-// Sending messages to the queue's double. For one source of a program.
+// Sending messages to the queue's double.
 #ifndef VEL_TESTS_BUILD_SUBMISSION_H
 #define VEL_TESTS_BUILD_SUBMISSION_H
 

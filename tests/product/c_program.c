@@ -11,6 +11,7 @@
 #include "vel/frame.h"
 #include "vel/japanese.h"
 #include "vel/mime.h"
+#include "vel/notify.h"
 #include "vel/platform/config.h"
 #include "vel/platform/log.h"
 #include "vel/platform/queue.h"

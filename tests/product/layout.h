@@ -20,6 +20,8 @@ static_assert(sizeof(addrlist822) == 12, "addrlist822");
 static_assert(sizeof(ms) == 8, "ms");
 static_assert(sizeof(PerRecipField) == 32, "PerRecipField");
 static_assert(sizeof(EnvRecipChain) == 8, "EnvRecipChain");
+static_assert(sizeof(PerRecipChain) == 8, "PerRecipChain");
+static_assert(offsetof(DSNEnvelope, arrival) == 16, "DSNEnvelope.arrival");
 static_assert(sizeof(_envFrom) == 24, "_envFrom");
 static_assert(sizeof(_envRecip) == 20, "_envRecip");
 static_assert(sizeof(stEnvelope) == 32, "stEnvelope");

@@ -22,8 +22,9 @@ constexpr std::array kSettings{
     SettingRow{"Gateway", "TemporaryDirectory", "/tmp", kPath, a_temporary_directory,
                "Where temporary files are made. Start-up also puts the value into the environment variable TMP, empty "
                "when it is not set."},
-    SettingRow{"Gateway", "LocalCharSet", "US-ASCII", 64, a_charset,
-               "The charset of header texts: written into encoded words, and the only one whose words are decoded. "
+    SettingRow{"Gateway", "LocalCharSet", "US-ASCII", 32, a_charset,
+               "The charset of header texts: written into encoded words, and the only one whose words are decoded; "
+               "also that of the text in a delivery report. "
                "ISO-2022-JP turns the conversion between JIS and Shift-JIS on."},
 
     SettingRow{"Config", "InstallDirectory", "", kPath, a_directory_or_nothing,
@@ -81,6 +82,13 @@ constexpr std::array kSettings{
                "A file whose lines stand before the first part of a multipart message; none: the built-in text."},
     SettingRow{"Options", "rrqHeader", "Return-Receipt-To", 128, a_field_name,
                "The header field that asks for a receipt."},
+    SettingRow{"Options", "BounceSender", "postmaster", 128, any_text,
+               "Whom bounces and delivery reports are from: an address, or a local part that gets the gateway's name."},
+    SettingRow{"Options", "BounceToPostmaster", "NO", 4, yes_or_no,
+               "YES: a message from \"<>\" that cannot be delivered goes to the postmaster, not to nobody; and he gets "
+               "each report of a failure too."},
+    SettingRow{"Options", "bounceToPostmaster", "NO", 8, yes_or_no,
+               "With a small b, a setting of its own. YES: the postmaster gets a copy of each bounce."},
 
     SettingRow{"Debug", "LogFileIO", "FALSE", 10, true_or_false,
                "TRUE: every file that is opened, made or closed is logged."},
