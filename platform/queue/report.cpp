@@ -1,10 +1,8 @@
 #include "platform/queue/report.h"
 
 #include <array>
-#include <cerrno>
 #include <cstdio>
 #include <mutex>
-#include <system_error>
 
 #include "platform/keep_errno.h"
 #include "platform/queue/process_locks.h"
@@ -21,10 +19,6 @@ constexpr std::size_t kLongestLine = 4608;
 Module module_name{};
 
 }  // namespace
-
-QueueError QueueError::of_system(const std::string& tried, const std::string& path) {
-    return QueueError(tried + " " + path + ": " + std::generic_category().message(errno));
-}
 
 void set_module(const char* name) {
     const std::lock_guard lock(registry_lock());

@@ -4,25 +4,14 @@
 
 #include <array>
 #include <exception>
-#include <stdexcept>
 #include <string>
 #include <utility>
 
+#include "platform/failure.h"
+
 namespace vel {
 
-// Why a call of the queue failed, in words for the log.
-class QueueError : public std::runtime_error {
-  public:
-    using std::runtime_error::runtime_error;
-    // A system call failed: what was tried, on which file, and the system's reason.
-    static QueueError of_system(const std::string& tried, const std::string& path);
-};
-
-// A COMMIT failed: what it was to write may be there or come to life by a crash.
-class CommitError : public QueueError {
-  public:
-    using QueueError::QueueError;
-};
+using QueueError = Failure;
 
 // Nor could it be found out: what belongs to it must stay until it can. Needs no memory.
 class CommitInDoubt : public std::exception {

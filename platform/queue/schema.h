@@ -2,7 +2,7 @@
 #ifndef VEL_PLATFORM_QUEUE_SCHEMA_H
 #define VEL_PLATFORM_QUEUE_SCHEMA_H
 
-#include "platform/queue/database.h"
+#include "platform/sqlite/database.h"
 
 namespace vel {
 

@@ -44,7 +44,7 @@ Database& SqliteDriver::database() {
     forget_parents();
     if (database_ && (database_->busy() || database_->has_moved())) database_.reset();
     if (!database_) {
-        auto fresh = std::make_unique<Database>(path_);
+        auto fresh = std::make_unique<Database>(path_, "the queue's database");
         require_schema(*fresh);
         database_ = std::move(fresh);
         process_ = ::getpid();

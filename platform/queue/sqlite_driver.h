@@ -6,8 +6,8 @@
 
 #include <memory>
 
-#include "platform/queue/database.h"
 #include "platform/queue/driver.h"
+#include "platform/sqlite/database.h"
 
 namespace vel {
 

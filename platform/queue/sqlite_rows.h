@@ -5,8 +5,8 @@
 #include <optional>
 #include <vector>
 
-#include "platform/queue/database.h"
 #include "platform/queue/driver.h"
+#include "platform/sqlite/database.h"
 
 namespace vel {
 

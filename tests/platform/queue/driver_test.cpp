@@ -1,9 +1,9 @@
 // What every engine has to do, whichever it is. A new one adds its row below.
 #include <memory>
 
-#include "platform/queue/database.h"
 #include "platform/queue/report.h"
 #include "platform/queue/sqlite_driver.h"
+#include "platform/sqlite/database.h"
 #include "tests/platform/scratch.h"
 
 namespace vel::test {
@@ -187,7 +187,7 @@ TEST(QueueDatabase, is_refused_when_it_is_not_ours) {
                                   "PRAGMA application_id = 0x56514d31; PRAGMA user_version = 2"}) {
         std::filesystem::remove(path);
         std::ofstream{path};
-        Database(path).execute(sql);
+        Database(path, "another database").execute(sql);
         EXPECT_THROW(SqliteDriver{path}, QueueError) << sql;
     }
     std::filesystem::remove(path);

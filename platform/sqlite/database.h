@@ -1,6 +1,6 @@
-// SQLite, as the queue uses it: statements that are prepared once, transactions that end by themselves.
-#ifndef VEL_PLATFORM_QUEUE_DATABASE_H
-#define VEL_PLATFORM_QUEUE_DATABASE_H
+// SQLite, as the local libraries use it: statements that are prepared once, transactions that end by themselves.
+#ifndef VEL_PLATFORM_SQLITE_DATABASE_H
+#define VEL_PLATFORM_SQLITE_DATABASE_H
 
 #include <sqlite3.h>
 
@@ -15,7 +15,8 @@ namespace vel {
 // One run of a statement. Values are bound in their order, columns are read in theirs.
 class Query {
   public:
-    explicit Query(sqlite3_stmt* statement) : statement_(statement) {}
+    // The database's name is that of its failures.
+    Query(sqlite3_stmt* statement, const char* name) : statement_(statement), name_(name) {}
     Query(const Query&) = delete;
     Query& operator=(const Query&) = delete;
     ~Query();
@@ -23,6 +24,8 @@ class Query {
     // A text must live until the query ends.
     Query& operator<<(int64_t value);
     Query& operator<<(std::string_view text);
+    // Bytes of any kind, which must live as long.
+    Query& bind_bytes(std::string_view bytes);
 
     // Moves to the next row; false behind the last. Throws on failure.
     bool next();
@@ -33,20 +36,23 @@ class Query {
     Query& operator>>(int32_t& value);
     Query& operator>>(bool& value);
     Query& operator>>(std::string& text);
+    // Lives until the query moves on.
+    Query& operator>>(std::string_view& bytes);
 
   private:
     void check(int result) const;
 
     sqlite3_stmt* statement_;
+    const char* const name_;
     int bound_ = 0;
     int column_ = 0;
 };
 
-// One connection. Every failure is a QueueError.
+// One connection. Every failure is a Failure.
 class Database {
   public:
-    // The file is there, perhaps empty.
-    explicit Database(const std::string& path);
+    // The file is there, perhaps empty. The name, what messages call the database, lives as long as the program.
+    Database(const std::string& path, const char* name);
 
     // The statement of an SQL text that lives as long as the program.
     Query query(const char* sql);
@@ -56,6 +62,8 @@ class Database {
     std::string text(const char* sql) { return value<std::string>(sql); }
     // Whether a transaction is open.
     bool busy() const { return sqlite3_get_autocommit(connection_.get()) == 0; }
+    // The row that was added last.
+    int64_t last_added() const { return sqlite3_last_insert_rowid(connection_.get()); }
     // Whether its file has lost its name, or another has it.
     bool has_moved() const;
 
@@ -72,6 +80,7 @@ class Database {
     template <class Value>
     Value value(const char* sql);
 
+    const char* const name_;
     std::unique_ptr<sqlite3, Closed> connection_;
     std::map<const char*, Statement> statements_;
 };

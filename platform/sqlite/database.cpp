@@ -1,8 +1,8 @@
-#include "platform/queue/database.h"
+#include "platform/sqlite/database.h"
 
 #include <exception>
 
-#include "platform/queue/report.h"
+#include "platform/failure.h"
 
 namespace vel {
 namespace {
@@ -10,9 +10,12 @@ namespace {
 // Others hold the database for the time of a sync, many of them perhaps, before it is this process's turn.
 constexpr int kBusyMilliseconds = 60'000;
 
-[[noreturn]] void fail(sqlite3* connection) {
-    throw QueueError(std::string("the queue's database failed: ") +
-                     (connection ? sqlite3_errmsg(connection) : "out of memory"));
+[[noreturn]] void fail(const char* name, sqlite3* connection) {
+    const std::string text =
+        std::string(name) + " failed: " + (connection ? sqlite3_errmsg(connection) : "out of memory");
+    const int code = connection ? sqlite3_errcode(connection) : SQLITE_NOMEM;
+    if (code == SQLITE_CORRUPT || code == SQLITE_NOTADB) throw DamagedError(text);
+    throw Failure(text);
 }
 
 }  // namespace
@@ -23,7 +26,7 @@ Query::~Query() {
 }
 
 void Query::check(int result) const {
-    if (result != SQLITE_OK) fail(sqlite3_db_handle(statement_));
+    if (result != SQLITE_OK) fail(name_, sqlite3_db_handle(statement_));
 }
 
 Query& Query::operator<<(int64_t value) {
@@ -38,10 +41,16 @@ Query& Query::operator<<(std::string_view text) {
     return *this;
 }
 
+Query& Query::bind_bytes(std::string_view bytes) {
+    const char* const begin = bytes.empty() ? "" : bytes.data();
+    check(sqlite3_bind_blob64(statement_, ++bound_, begin, bytes.size(), SQLITE_STATIC));
+    return *this;
+}
+
 bool Query::next() {
     column_ = 0;
     const int result = sqlite3_step(statement_);
-    if (result != SQLITE_ROW && result != SQLITE_DONE) fail(sqlite3_db_handle(statement_));
+    if (result != SQLITE_ROW && result != SQLITE_DONE) fail(name_, sqlite3_db_handle(statement_));
     return result == SQLITE_ROW;
 }
 
@@ -66,26 +75,33 @@ Query& Query::operator>>(bool& value) {
 }
 
 Query& Query::operator>>(std::string& text) {
-    const auto* const bytes = static_cast<const char*>(sqlite3_column_blob(statement_, column_));
-    text.assign(bytes ? bytes : "", static_cast<std::size_t>(sqlite3_column_bytes(statement_, column_)));
+    std::string_view bytes;
+    *this >> bytes;
+    text = bytes;
+    return *this;
+}
+
+Query& Query::operator>>(std::string_view& bytes) {
+    const auto* const begin = static_cast<const char*>(sqlite3_column_blob(statement_, column_));
+    bytes = {begin ? begin : "", static_cast<std::size_t>(sqlite3_column_bytes(statement_, column_))};
     ++column_;
     return *this;
 }
 
 // The connection exists, and is to be closed, even when opening it has failed.
-Database::Database(const std::string& path) {
+Database::Database(const std::string& path, const char* name) : name_(name) {
     sqlite3* connection = nullptr;
     const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_PRIVATECACHE;
     const int result = sqlite3_open_v2(path.c_str(), &connection, flags, nullptr);
     connection_.reset(connection);
-    if (result != SQLITE_OK) fail(connection);
+    if (result != SQLITE_OK) fail(name, connection);
     sqlite3_busy_timeout(connection, kBusyMilliseconds);
 }
 
 Database::Statement Database::prepare(const char* sql) {
     sqlite3_stmt* statement = nullptr;
     if (sqlite3_prepare_v3(connection_.get(), sql, -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr) != SQLITE_OK) {
-        fail(connection_.get());
+        fail(name_, connection_.get());
     }
     return Statement(statement);
 }
@@ -93,17 +109,17 @@ Database::Statement Database::prepare(const char* sql) {
 Query Database::query(const char* sql) {
     Statement& statement = statements_[sql];
     if (!statement) statement = prepare(sql);
-    return Query(statement.get());
+    return Query(statement.get(), name_);
 }
 
 void Database::execute(const char* sql) {
-    if (sqlite3_exec(connection_.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) fail(connection_.get());
+    if (sqlite3_exec(connection_.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) fail(name_, connection_.get());
 }
 
 template <class Value>
 Value Database::value(const char* sql) {
     const Statement statement = prepare(sql);
-    Query query(statement.get());
+    Query query(statement.get(), name_);
     Value value{};
     if (query.next()) query >> value;
     return value;
@@ -123,7 +139,7 @@ Transaction::Transaction(Database& database, const char* kind) : database_(datab
 void Transaction::commit() {
     try {
         database_.query("COMMIT").run();
-    } catch (const QueueError& error) {
+    } catch (const Failure& error) {
         throw CommitError(error.what());
     }
 }
