@@ -1,7 +1,7 @@
 # What "cmake --install" puts where, so that C and C++ programs find it by pkg-config or CMake.
 include(CMakePackageConfigHelpers)
 
-install(TARGETS vel nolbconf vellog velmq EXPORT vel LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS vel nolbconf vellog velmq diamond EXPORT vel LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(DIRECTORY include/vel DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(EXPORT vel NAMESPACE vel:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vel FILE vel-config.cmake)
 write_basic_package_version_file(vel-config-version.cmake COMPATIBILITY SameMajorVersion)

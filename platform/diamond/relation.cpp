@@ -1,0 +1,239 @@
+#include "platform/diamond/relation.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <exception>
+
+#include "platform/diamond/report.h"
+#include "platform/failure.h"
+
+namespace vel {
+namespace {
+
+constexpr const char* kName = "the relation's database";
+constexpr mode_t kFileMode = 0660;
+
+// A change is on disk when it returns, the end of its journal too. The file is anybody's: it is read with care.
+constexpr const char* kSettings =
+    "PRAGMA synchronous = EXTRA;"
+    "PRAGMA trusted_schema = OFF;"
+    "PRAGMA cell_size_check = ON;";
+
+constexpr const char* kTable = "CREATE TABLE records (id INTEGER PRIMARY KEY, record BLOB NOT NULL)";
+constexpr const char* kSchema = "SELECT group_concat(sql, ';') FROM sqlite_schema";
+
+}  // namespace
+
+struct Relation::Walk {
+    Walk(Database& database, int64_t from)
+        : records(database.query("SELECT id, record FROM records WHERE id > ? ORDER BY id")) {
+        records << from;
+    }
+    Query records;
+};
+
+Relation::Relation(RelationFiles files, std::span<char> record) : files_(std::move(files)), record_(record) {}
+
+Relation::~Relation() { forget_parents(); }
+
+// Nothing of these may be closed in the child of a fork: that would undo a change that the parent is making.
+void Relation::forget_parents() {
+    if (process_ == ::getpid()) return;
+    static_cast<void>(walk_.release());
+    static_cast<void>(changes_.release());
+    static_cast<void>(database_.release());
+}
+
+void Relation::let_go() {
+    forget_parents();
+    walk_.reset();
+    changes_.reset();
+    database_.reset();
+    at_record_ = false;
+}
+
+int Relation::look() {
+    let_go();
+    status_ = DIA_FAILED;  // should something throw
+    process_ = ::getpid();
+    stamp_ = files_.stamp();
+    if (!files_.has_records()) {
+        if (stamp_.records) report("open", files_.records() + " is no relation");
+        return status_ = DIA_MISSING;
+    }
+    return status_ = files_.has_identity() ? look_inside() : DIA_LAYOUT;
+}
+
+int Relation::look_inside() {
+    try {
+        database_ = std::make_unique<Database>(files_.records(), kName);
+        database_->execute(kSettings);
+        if (database_->text(kSchema) != kTable) throw DamagedError(files_.records() + " holds other tables");
+        if (!is_whole()) throw DamagedError(files_.records() + " is damaged");
+        return DIA_OK;
+    } catch (const DamagedError& error) {
+        report("open", error.what());
+        let_go();
+        return DIA_MISSING;
+    }
+}
+
+// SQLite reads what is missing of the last page as zeros. Before the check it has undone what was cut short.
+bool Relation::is_whole() {
+    if (database_->text("PRAGMA quick_check(1)") != "ok") return false;
+    const auto stamp = files_.stamp().records;
+    return stamp && stamp->size >= database_->number("PRAGMA page_count") * database_->number("PRAGMA page_size");
+}
+
+int Relation::open() {
+    if (is_locked()) return look();
+    lock();
+    if (is_locked()) unlock();
+    return status_;
+}
+
+int Relation::close() {
+    let_go();
+    status_ = DIA_MISSING;
+    stamp_ = {};
+    return DIA_OK;
+}
+
+// What has become of the files shows in their stamps: others may have put another relation in the place of this one.
+int Relation::lock() {
+    if (is_locked()) return DIA_OK;
+    if (!files_.has_directory()) return status_ = DIA_MISSING;
+    const bool was_open = database_ && process_ == ::getpid();
+    status_ = DIA_FAILED;  // should something throw
+    lock_ = std::make_unique<RelationLock>(files_.lock());
+    try {
+        status_ = was_open && files_.stamp() == stamp_ ? DIA_OK : look();
+    } catch (const std::exception& error) {
+        report("lock", error.what());
+    }
+    return DIA_OK;
+}
+
+int Relation::unlock() {
+    if (!is_locked()) return DIA_NOT_LOCKED;
+    const auto lock = std::move(lock_);
+    walk_.reset();
+    changes_.reset();
+    stamp_ = files_.stamp();
+    return DIA_OK;
+}
+
+int Relation::ready() const { return is_locked() ? status_ : DIA_NOT_LOCKED; }
+
+int Relation::begin() {
+    walk_.reset();
+    position_ = 0;
+    at_record_ = false;
+    return ready();
+}
+
+int Relation::end() {
+    walk_.reset();
+    return ready();
+}
+
+int Relation::first() {
+    begin();
+    return next();
+}
+
+int Relation::next() {
+    if (const int status = ready()) return status;
+    if (!walk_) walk_ = std::make_unique<Walk>(*database_, position_);
+    at_record_ = walk_->records.next();
+    if (!at_record_) {
+        walk_.reset();
+        return DIA_END;
+    }
+    std::string_view found;
+    walk_->records >> position_ >> found;
+    if (found.size() != record_.size()) throw Failure(files_.records() + " has a record of another size");
+    std::copy(found.begin(), found.end(), record_.begin());
+    return DIA_OK;
+}
+
+// No walk stands in the way of a change; it goes on behind it by the position.
+int Relation::ready_to_change() {
+    const int status = ready();
+    walk_.reset();
+    return status == DIA_OK && !at_record_ ? int{DIA_NO_RECORD} : status;
+}
+
+int Relation::add() {
+    walk_.reset();
+    if (const int status = ready()) return status;
+    database_->query("INSERT INTO records (record) VALUES (?)").bind_bytes(bytes()).run();
+    position_ = database_->last_added();
+    at_record_ = true;
+    return DIA_OK;
+}
+
+int Relation::del() {
+    if (const int status = ready_to_change()) return status;
+    at_record_ = false;
+    const auto gone = (database_->query("DELETE FROM records WHERE id = ?") << position_).run();
+    return gone > 0 ? DIA_OK : DIA_NO_RECORD;
+}
+
+int Relation::put() {
+    if (const int status = ready_to_change()) return status;
+    Query query = database_->query("UPDATE records SET record = ? WHERE id = ?");
+    return (query.bind_bytes(bytes()) << position_).run() > 0 ? DIA_OK : DIA_NO_RECORD;
+}
+
+int Relation::set_aside() {
+    if (!is_locked()) return DIA_NOT_LOCKED;
+    close();
+    files_.set_aside();
+    return DIA_OK;
+}
+
+// SQLite keeps the file's mode for its journals.
+int Relation::create() {
+    if (!is_locked()) return DIA_NOT_LOCKED;
+    close();
+    const std::string path = files_.records();
+    Descriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kFileMode));
+    if (!file) throw Failure::of_system("cannot make", path);
+    file = Descriptor();
+    Database fresh(path, kName);
+    fresh.execute(kSettings);
+    Transaction whole(fresh);
+    fresh.execute(kTable);
+    fresh.execute(("PRAGMA application_id = " + std::to_string(kApplication)).c_str());
+    fresh.execute(("PRAGMA user_version = " + std::to_string(kVersion)).c_str());
+    whole.commit();
+    files_.write_identity();
+    return look();
+}
+
+int Relation::hold() {
+    walk_.reset();
+    if (const int status = ready()) return status;
+    if (!changes_) changes_ = std::make_unique<Transaction>(*database_);
+    return DIA_OK;
+}
+
+int Relation::keep() {
+    walk_.reset();
+    if (const int status = ready()) return status;
+    if (changes_) changes_->commit();
+    changes_.reset();
+    return DIA_OK;
+}
+
+int Relation::drop() {
+    walk_.reset();
+    changes_.reset();
+    at_record_ = false;
+    return ready();
+}
+
+}  // namespace vel
