@@ -25,10 +25,10 @@ using SettingText = std::array<char, Size>;
 
 // Reads a setting through the profile calls, which obey INI_MODE.
 template <std::size_t Size>
-SettingText<Size> read(const Setting<Size>& setting) {
+SettingText<Size> read(const Setting<Size>& setting, const char* file = iniFileName) {
     SettingText<Size> text;
     text.front() = text.back() = '\0';
-    VELGetPrivateProfileString(setting.section, setting.key, setting.fallback, text.data(), int{Size}, iniFileName);
+    VELGetPrivateProfileString(setting.section, setting.key, setting.fallback, text.data(), int{Size}, file);
     return text;
 }
 

@@ -33,6 +33,7 @@
 #include "vel/envelope.h"
 #include "vel/frame.h"
 #include "vel/japanese.h"
+#include "vel/magic.h"
 #include "vel/mime.h"
 #include "vel/notify.h"
 #include "vel/rfc822.h"

@@ -37,6 +37,9 @@ static_assert(offsetof(UTCtime, zone) == 28, "UTCtime.zone");
 static_assert(offsetof(stEnvelope, recipients) == 16, "stEnvelope.recipients");
 #endif
 
+static_assert(sizeof(MagicRecord) == 376, "MagicRecord");
+static_assert(offsetof(MagicRecord, macTypeCreator) == 366, "MagicRecord.macTypeCreator");
+
 static_assert(sizeof(iniFileName) == 16, "iniFileName");
 static_assert(sizeof(appName) == 32, "appName");
 static_assert(sizeof(VELQueueDir) == 4095, "VELQueueDir");
