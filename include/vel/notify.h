@@ -89,6 +89,39 @@ VEL_API int GenerateDSNMessageToPostmaster(const char* path, const char* subject
 /* Does nothing. Returns 0. */
 VEL_API int GenerateDSNMessageForAllRecipients(void);
 
+/* ---- Messages of the gateway's own ----------------------------------------------------------- */
+
+/* Tells whether a file can go as plain text.
+   Returns 1 when no byte is above 127 ("file is ASCII" at level 6), as far as the file can be read; 0 when one is
+   ("IsFileAscii: file contains binary data - using base64" at level 6); 1 when the file cannot be opened, with
+   "IsFileAscii: failed to open file %.256s" at level 1. */
+VEL_API int IsFileAscii(const char* path);
+
+/* Sends a multipart/mixed of lines of text and files.
+     sender      of the message and of its envelope
+     channel     who takes the message
+     to          a chain of addresses, one in each node; null is none
+     subject     null has no line
+     submission  handed on to MimeSendMessage
+     lines       a chain, without line ends, which become the first part; null has none
+     files       a chain of paths, a part each, named by what stands behind the last "/"; null is none
+     unused      has no effect
+   A file for which IsFileAscii answers 1 goes as text/basic in 7bit. Of any other one GetMagicFromExtension (vel/magic.h)
+   tells the type and, in its secondContentType, the encoding: by what stands behind the last "." of the path, up to a
+   blank, at most 9 bytes. A type that is not known is application/x-unknown in base64.
+   Returns 0, also when the queue refuses the message; -1 when it cannot be built, with "GenerateMimeMessage failed: " and
+   what did at level 1. */
+VEL_API int GenerateMimeMessage(const char* sender, const char* channel, const ms* to, const char* subject,
+                                intptr_t submission, const ms* lines, const ms* files, int unused);
+
+/* Sends a log file to the postmaster, from himself, by GenerateMimeMessage: the subject is "old log file " and the
+   file's name.
+     path        null: the file that [Log] Target names, with ".1" behind its name, as log rotation leaves it
+     submission  handed on to MimeSendMessage
+   Returns 0; -1 with "SendOldLogfile failed: " and what did at level 1 when the file cannot be opened, also when there is
+   none because the log goes elsewhere, and when the message cannot be built. */
+VEL_API int SendOldLogfile(const char* path, intptr_t submission);
+
 #ifdef __cplusplus
 }
 #endif

@@ -95,7 +95,7 @@ constexpr std::array kSettings{
     SettingRow{"Debug", "LogLocking", "NO", 256, yes_or_no,
                "YES: every message lock that is taken or given up is logged at level 6."},
 
-    SettingRow{"Log", "Target", "stderr", kUncut, a_log_target,
+    SettingRow{"Log", "Target", "stderr", kPath, a_log_target,
                "\"stderr\", \"syslog\" (facility mail), or the path of a file, which may be rotated at any time."},
     SettingRow{"Log", "Levels", "all", kUncut, log_levels,
                "\"all\", or the levels that are written: 1 errors and traces, 3 accounting, 6 notices."},
