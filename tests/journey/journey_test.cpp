@@ -5,6 +5,7 @@
 #include "tests/build/built.h"
 #include "vel/japanese.h"
 #include "vel/mime.h"
+#include "vel/notify.h"
 #include "vel/platform/queue.h"
 #include "vel/rfc822.h"
 
@@ -108,6 +109,33 @@ TEST_F(JourneyTest, what_is_built_and_sent_arrives_as_the_same_bytes) {
     ReleaseQueueId(id);
     EXPECT_EQ(MQFinish(consumer_.get(), entry->id, MQ_ALL), 1);
     EXPECT_EQ(files(), 0u);
+    take_log();
+}
+
+TEST_F(JourneyTest, notices_about_a_queued_message_arrive) {
+    const _envRecip ann{"ann@x.y", nullptr, 0, nullptr, nullptr};
+    char* id = MimeSendMessage("joe@x.y", nullptr, 0, 0, nullptr, "smtp", &ann, 1, nullptr,
+                               file("message", "Subject: s\r\n\r\nbody\r\n").c_str(), 0, 0, 1);
+    const auto original = claimed("smtp");
+    ASSERT_NE(original, nullptr);
+    PerRecipField field;
+    AssignPerRecipField(&field, nullptr, "ann@x.y", "failed", "5.1.1", nullptr, nullptr, 0, 0);
+    const PerRecipChain recipients{&field, nullptr};
+    const DSNEnvelope envelope{original->sender.address, "", VEL_RET_FULL, 0, 0};
+    EXPECT_EQ(BounceMimeMessage(id, &original->sender, Chain("why"), 0, nullptr), 0);
+    EXPECT_EQ(GenerateDSNMessage(id, &envelope, "s", Chain("It failed.\r\n"), &recipients), 0);
+    CleanPerRecipField(&field);
+    ReleaseQueueId(id);
+
+    const auto bounce = claimed("DSN"), report = claimed("DSN");
+    ASSERT_NE(report, nullptr);
+    EXPECT_STREQ(bounce->sender.address, "postmaster@gw.example.com");
+    EXPECT_STREQ(report->sender.address, "<>");
+    for (const auto& notice : {bounce.get(), report.get()}) EXPECT_STREQ(notice->recipients[0].address, "joe@x.y");
+    const std::string body = "body\r\n\r\n";  // With the line end before the delimiter.
+    EXPECT_THAT(bodies(bounce->path), ElementsAre(testing::HasSubstr("\r\n\r\nwhy\r\nThe original"), body));
+    EXPECT_THAT(bodies(report->path),
+                ElementsAre("It failed.\r\n\r\n", testing::HasSubstr("\r\nAction: failed\r\n"), body));
     take_log();
 }
 
