@@ -25,12 +25,10 @@ int failed(const char* complaint) {
 }
 
 Trouble Parts::add(const Kind& kind, const char* body) {
-    files_.reserve(files_.size() + 1);  // Before there is a file.
-    BuiltFile part(MimeBuildMessage(nullptr, nullptr, nullptr, nullptr, kind.type, kind.subtype, kind.parameters,
-                                    kind.encoding, nullptr, nullptr, body, nullptr, 0));
-    if (!part) return Trouble::unbuilt;
-    files_.push_back(std::move(part));
-    return Trouble::none;
+    BuiltFile& part = files_.emplace_back();  // Before there is a file.
+    part.reset(MimeBuildMessage(nullptr, nullptr, nullptr, nullptr, kind.type, kind.subtype, kind.parameters,
+                                kind.encoding, nullptr, nullptr, body, nullptr, 0));
+    return part ? Trouble::none : Trouble::unbuilt;
 }
 
 BuiltFile Parts::join(const Heading& heading, const char* subtype, const ms* parameters) {

@@ -49,6 +49,7 @@ struct Kind {
 
 struct Heading;
 
+// Of no more use when a part could not be added.
 class Parts {
   public:
     // Adds a part whose body stands in a file.

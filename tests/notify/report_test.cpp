@@ -171,6 +171,10 @@ TEST_F(ReportTest, kept_three_letters_of_a_setting_send_failures_to_the_postmast
     }
 }
 
+TEST_F(ReportTest, kept_a_report_on_mail_from_nobody_has_a_completed_to_line) {
+    EXPECT_THAT(reported("<>", 0, none_), HasSubstr("\r\nTo: <>@gw.corp\r\n"));
+}
+
 TEST_F(ReportTest, senders_of_reports_are_one_address_or_the_postmaster) {
     const std::pair<const char*, const char*> rows[] = {
         {"", "postmaster@gw.corp"}, {"<>", "postmaster@gw.corp"},           {"mailer", "mailer@gw.corp"},
@@ -255,7 +259,8 @@ TEST_F(ReportTest, a_disk_full_at_any_byte_reports_nothing) {
 
 TEST_F(ReportTest, without_memory_all_is_reported_or_nothing) {
     const DSNEnvelope envelope{"joe@x.y", "id", 0, 0, kArrival};
-    expect_all_or_nothing_in_little_memory([&] { return report(&envelope, failed_); });
+    EXPECT_THAT(expect_all_or_nothing_in_little_memory([&] { return report(&envelope, failed_); }),
+                testing::Contains("Out of memory."));
 }
 
 }  // namespace
