@@ -24,6 +24,7 @@ Outcome Outcome::held(const char* reason) {
 Outcome Outcome::released() { return {"released", Change{MQ_WAITING, now(), std::nullopt}}; }
 
 int settle(Store& store, const Selection& selection, const Outcome& outcome, const std::string& who) {
+    if (!is_identifier(selection.id)) return 0;
     const std::string base = store.directory().base(selection.id);
     const Settled settled = store.ask([&](Driver& driver) {
         return outcome.change ? driver.change(selection, *outcome.change) : driver.remove(selection);

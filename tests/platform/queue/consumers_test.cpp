@@ -23,6 +23,7 @@ TEST_F(QueueConsumers, each_recipient_goes_its_own_way_and_the_last_ends_the_ent
     EXPECT_EQ(MQFail(consumer.get(), id.c_str(), 2, "unknown"), 1);
     EXPECT_EQ(MQFinish(consumer.get(), id.c_str(), MQ_ALL), 0);
     EXPECT_EQ(MQFinish(consumer.get(), id.c_str(), 3), 0);
+    for (const char* none : {"", "x", "none"}) EXPECT_EQ(MQFinish(consumer.get(), none, MQ_ALL), 0) << none;
     EXPECT_THAT(listed(), ElementsAre("b 1 1", "d 1 0"));
 
     EXPECT_EQ(claim(consumer)->recipients[0].number, 3);
