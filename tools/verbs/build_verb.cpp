@@ -57,10 +57,9 @@ void declare(CommandLine& line, Options& options) {
     app.add_option("--header", options.fields, "Further header lines, NAME: VALUE")->type_name("LINE");
     app.add_option("-o,--output", options.output, "File to write, all of it or nothing")->type_name("PATH");
     CLI::Option* send = app.add_flag("--send", options.send, "Put it into the queue");
-    app.add_option("--channel", options.channel, "Who takes it out of the queue")
-        ->capture_default_str()
-        ->type_name("NAME")
-        ->needs(send);
+    as_channel(app.add_option("--channel", options.channel, "Who takes it out of the queue")
+                   ->capture_default_str()
+                   ->needs(send));
     line.add_json();
     app.get_option("--json")->needs(send);
 }
@@ -78,7 +77,7 @@ const char* contradiction(const Options& options) {
 
 void complete(Options& options) {
     Draft& draft = options.draft;
-    expect_channel(options.channel);
+    expect_one_line("--channel", options.channel);
     expect_one_line("--subject", draft.subject);
     draft.from = parse_mailbox("--from", options.from);
     draft.to = parse_mailboxes("--to", options.to);

@@ -139,6 +139,11 @@ CLI::Option* as_duration(CLI::Option* option) {
         ->type_name("TIME");
 }
 
+CLI::Option* as_channel(CLI::Option* option) {
+    const auto has_name = [](const std::string& name) { return name.empty() ? "a channel has a name" : ""; };
+    return option->check(has_name)->type_name("NAME");
+}
+
 Exit CommandLine::misuse(const std::string& text, Session& session) const {
     session.output.complain({}, text);
     session.output.complain({}, app_.get_name() + " --help tells more");

@@ -85,6 +85,9 @@ CLI::Option* as_number(CLI::Option* option);
 CLI::Option* as_size(CLI::Option* option);
 CLI::Option* as_duration(CLI::Option* option);
 
+// Has an option take names of channels, NAME. An empty one, as a variable that is not set makes it, must not mean all.
+CLI::Option* as_channel(CLI::Option* option);
+
 // The paragraph about texts that every help with --json ends in.
 extern const char* const kAboutJsonTexts;
 

@@ -64,9 +64,7 @@ void declare(CommandLine& line, const Change& change, Options& options) {
     if (change.states == MQ_WAITING)
         app.add_option("--reason", options.reason, "What vel queue list shows as the reason")->type_name("TEXT");
     auto* all = app.add_flag("--all", options.all, "All entries, instead of IDs");
-    app.add_option("--channel", options.channel, "With --all: only what is for this channel")
-        ->type_name("NAME")
-        ->needs(all);
+    as_channel(app.add_option("--channel", options.channel, "With --all: only what is for this channel")->needs(all));
     if (change.states & MQ_HELD && change.states & MQ_WAITING)
         app.add_flag("--yes", options.yes, "Has to stand beside --all: what is removed is gone")->needs(all);
     line.add_json();

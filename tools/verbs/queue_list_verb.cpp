@@ -78,7 +78,7 @@ Exit run_queue_list(Arguments arguments, Session& main) {
     CommandLine line("queue list", "Lists what is in the queue.", kListFooter);
     std::string channel;
     std::vector<std::string> states;
-    line.app().add_option("--channel", channel, "Only what is for this channel")->type_name("NAME");
+    as_channel(line.app().add_option("--channel", channel, "Only what is for this channel"));
     line.app()
         .add_option("--state", states, "Only what is in this state: waiting, claimed or held; may be repeated")
         ->type_name("STATE")

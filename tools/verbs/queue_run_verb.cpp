@@ -23,8 +23,9 @@ const std::string kFooter =
         "COMMAND runs once for each recipient that is due, or with --batch once for all of an entry's that are. Its\n"
         "standard input is the message file, its descriptor 3 the envelope: the JSON object below, one line. In its\n"
         "environment are VEL_ID, VEL_CHANNEL, VEL_SENDER and, for a single recipient, VEL_RECIPIENT; these come from\n"
-        "the message, so quote them, and put \"--\" before an address. Its standard output and standard error go to\n"
-        "standard error here. It has no other descriptor, and a session of its own.\n"
+        "the message, so quote them, and put \"--\" before an address. What it writes to standard output and standard\n"
+        "error goes to standard error here, behind the identifier. It has no other descriptor, and a session of its\n"
+        "own: of what it has started there nothing is left when it has been ended.\n"
         "\n"
         "Its exit code says what becomes of the recipients:\n"
         "  0                    delivered\n"
@@ -48,29 +49,35 @@ const std::string kFooter =
         "a\n"
         "setting is wrong; what becomes of messages does not change it.\n"
         "\n") +
-    kAboutEntryJson + "Here its recipients are those that were claimed.\n";
+    kAboutEntryJson + "Here its recipients are those that were claimed.\n\n" + kAboutJsonTexts;
 
 struct Options {
     RunOptions run;
     DeliveryCommand command;
 };
 
+// A time that passes.
+void add_time(CLI::App& app, const char* name, const char* what, const std::function<void(std::chrono::seconds)>& set) {
+    as_duration(app.add_option_function<int64_t>(
+                    name, [=](int64_t seconds) { set(std::chrono::seconds(seconds)); }, what))
+        ->check(CLI::Validator(CLI::PositiveNumber).description(""));
+}
+
 void declare(CLI::App& app, Options& options) {
     app.add_option("COMMAND", options.command.program, "Behind \"--\": a program and its arguments")
         ->required()
         ->type_name("");
-    app.add_option("--channel", options.run.channels, "Channels to deliver for")->required()->type_name("NAME");
+    as_channel(app.add_option("--channel", options.run.channels, "Channels to deliver for")->required());
     app.add_flag("--once", options.run.once, "End when nothing is due, instead of waiting for more");
     app.add_flag("--batch", options.run.batch, "Hand an entry's due recipients to one command together");
     app.add_option("--jobs", options.run.jobs, "So many commands at once; 1 by default")
         ->check(CLI::Range(1, 256).description(""))
         ->type_name("N");
-    as_duration(app.add_option_function<int64_t>(
-        "--timeout", [&](int64_t seconds) { options.command.timeout = std::chrono::seconds(seconds); },
-        "Have SIGTERM, and SIGKILL 10 seconds later, end a command that takes longer, such as 30m, and defer"));
-    as_duration(app.add_option_function<int64_t>(
-        "--poll", [&](int64_t seconds) { options.run.poll = std::chrono::seconds(seconds); },
-        "Look for what is due so often; 1s by default"));
+    add_time(app, "--timeout",
+             "Have SIGTERM, and SIGKILL 10 seconds later, end a command that takes longer, such as 30m, and defer",
+             [&](std::chrono::seconds time) { options.command.timeout = time; });
+    add_time(app, "--poll", "Look for what is due so often; 1s by default",
+             [&](std::chrono::seconds time) { options.run.poll = time; });
 }
 
 // Before anything is claimed: what is only misspelt should not defer all the mail.

@@ -19,9 +19,11 @@ const std::string kFooter =
         "Prints the identifier, when the message is in the queue and on the disk, and nothing otherwise. The\n"
         "recipients are those of the command line, whatever the message says. Bcc and Resent-Bcc fields are taken\n"
         "out of its header block; lines get CR LF, the last one too. The library adds a Received line and, where\n"
-        "they are missing, Date and Message-ID. Refused with exit code 65: what does not begin with a header field\n"
-        "(vel split takes off the line that a mailbox puts before it), what holds NUL bytes, or CR inside a header\n"
-        "field. The sender \"<>\" is nobody: what cannot be delivered to him is reported to nobody.\n"
+        "they are missing, Date and Message-ID; Date and Resent-Date, if it can read them, it writes anew in the form\n"
+        "of RFC 5322, without comments. Refused with exit code 65: what does not begin with a header field (vel split "
+        "takes off\n"
+        "the line that a mailbox puts before it), what holds NUL bytes, or CR inside a header field. The sender\n"
+        "\"<>\" is nobody: what cannot be delivered to him is reported to nobody.\n"
         "\n"
         "--orcpt ORCPT is that of the first recipient, the next one that of the second; --orcpt ADDRESS=ORCPT is that\n"
         "of the recipient who is given as ADDRESS. An ORCPT is TYPE;ADDRESS in xtext, or an address of the type\n"
@@ -45,9 +47,7 @@ void declare(CommandLine& line, Options& options) {
     app.add_option("FILE", options.file, "The message; \"-\" is standard input")->required()->type_name("");
     app.add_option("--from", options.from, "Who sends it")->required()->type_name("ADDRESS");
     app.add_option("--to", options.to, "Who receives it")->required()->type_name("ADDRESS");
-    app.add_option("--channel", options.channel, "Who takes it out of the queue")
-        ->capture_default_str()
-        ->type_name("NAME");
+    as_channel(app.add_option("--channel", options.channel, "Who takes it out of the queue")->capture_default_str());
     app.add_option("--notify", options.notify, "When the sender wants a report: success,failure,delay or never")
         ->type_name("LIST");
     app.add_option("--ret", options.ret, "How much of the message a report returns: full or hdrs")->type_name("WORD");
@@ -67,7 +67,7 @@ Envelope envelope_of(const Options& options) {
                       .recipients = {},
                       .originals = original_recipients(options.originals, options.to)};
     expect_envelope_id(options.envid);
-    expect_channel(options.channel);
+    expect_one_line("--channel", options.channel);
     if (options.from != kNobody) envelope.sender = parse_mailbox("--from", options.from).canonical;
     for (const Mailbox& recipient : parse_mailboxes("--to", options.to)) {
         envelope.recipients.push_back(recipient.canonical);

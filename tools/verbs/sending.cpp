@@ -2,7 +2,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include "tools/compose/mailbox.h"
 #include "tools/message/message_json.h"
 #include "tools/queue/connection.h"
 #include "tools/text/text_forms.h"
@@ -45,11 +44,6 @@ Json entry_json(const std::string& id, const std::string& path, const Envelope& 
 }
 
 }  // namespace
-
-void expect_channel(const std::string& channel) {
-    expect_one_line("--channel", channel);
-    if (channel.empty()) throw Failure(Exit::usage, "--channel: a channel has a name");
-}
 
 void send_message(const std::string& path, const Envelope& envelope, bool json, Session& session) {
     connect_to_queue(session);

@@ -22,9 +22,6 @@ struct Envelope {
     std::vector<std::string> originals;  // of each recipient, empty where there is none; or none at all
 };
 
-// Throws Failure (usage) for a name that a channel cannot have.
-void expect_channel(const std::string& channel);
-
 // Puts a message file, as outgoing_copy makes it, into the queue and then prints the identifier, or with json an
 // object. Throws Failure: unavailable without a queue, temporary when it does not take the message; nothing is in
 // the queue then.
