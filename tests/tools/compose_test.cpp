@@ -264,28 +264,33 @@ TEST_F(ComposeTest, send_refuses_what_would_be_lost_or_forged) {
     EXPECT_EQ(files(), 0u);
 }
 
-TEST_F(ComposeTest, what_is_built_and_sent_is_taken_apart_as_the_same_bytes) {
+TEST_F(ComposeTest, what_is_built_sent_and_delivered_is_taken_apart_as_the_same_bytes) {
     std::string binary(std::size_t{1} << 20, '\0');
     Random random(1);
     for (char& byte : binary) byte = static_cast<char>(random.below(256));
     const std::string japanese = "\x93\xfa\x96\x7b\r\n", latin =
                                                              "Gr\xc3\xbc\xc3\x9f"
                                                              "e\r\n";
-    const Ended ended =
-        build({"--bcc", "eve@example.org", "--text", file("sjis.txt", japanese), "--charset", "iso-2022-jp", "--attach",
-               file("b.bin", binary), file("t.txt", latin), "--send", "-o", (directory() / "copy").string()});
+    const Ended ended = build({"--bcc", "eve@example.org", "--text", file("sjis.txt", japanese), "--charset",
+                               "iso-2022-jp", "--attach", file("b.bin", binary), file("t.txt", latin),
+                               file("sjis.txt", japanese), "--send", "-o", (directory() / "copy").string()});
     ASSERT_EQ(ended.exit, 0) << ended.err;
-    const OwnedEntry found = entry(line_of(ended.out));
-    ASSERT_TRUE(found);
-    ASSERT_EQ(found->recipientCount, 2);
-    EXPECT_STREQ(found->recipients[1].address, "eve@example.org");
-    const std::string message = content(found->path);
+    const std::string id = line_of(ended.out), stored = (directory() / "stored").string();
+    EXPECT_THAT(run({"queue", "list"}).out, HasSubstr(id));
+    EXPECT_THAT(run({"queue", "show", id}).out, HasSubstr("recipient  eve@example.org\n"));
+    const Ended delivered = run({"queue", "run", "--channel", "smtp", "--once", "--batch", "--", "sh", "-c",
+                                 "cat > " + stored + " && echo stored"});
+    EXPECT_EQ(delivered.out, "delivered 2, deferred 0, held 0\n");
+    EXPECT_EQ(delivered.err, "vel: " + id + ": stored\n");
+    EXPECT_EQ(files(), 0u);
+    const std::string message = content(stored);
     EXPECT_TRUE(message.ends_with(content((directory() / "copy").string())));
     EXPECT_THAT(message.substr(0, 5000), Not(HasSubstr("eve@")));
-    EXPECT_EQ(run({"extract", found->path, "-o", target()}).exit, 0);
+    EXPECT_EQ(run({"extract", stored, "-o", target()}).exit, 0);
     Files parts = extracted();
     EXPECT_TRUE(parts["b.bin"] == binary);
     EXPECT_EQ(parts["t.txt"], latin);
+    EXPECT_EQ(parts["sjis.txt"], japanese);
     // In 7 bits the line end before the delimiter is the text's for the parser.
     EXPECT_EQ(run({"japanese", "to-sjis", target() + "/part-1.txt"}).out, japanese + "\r\n");
     ASSERT_EQ(build({"--text", file("sjis.txt", japanese), "--charset", "iso-2022-jp", "-o", target() + "/alone"}).exit,

@@ -32,6 +32,13 @@ TEST(RetryPlanTest, SpacesAttemptsUntilTheLifetimeIsOver) {
     EXPECT_THROW(command::RetryPlan("5m", "soon"), command::Failure);
 }
 
+// Whether a process is there and no zombie.
+bool runs(const std::string& process) {
+    std::ifstream status("/proc/" + process + "/stat");
+    std::string number, name, state;
+    return status >> number >> name >> state && state != "Z";
+}
+
 // The command is a line of a shell, and runs in the test's directory.
 class QueueRunTest : public QueueCommandTest {
   protected:
@@ -59,6 +66,13 @@ class QueueRunTest : public QueueCommandTest {
 
     bool stands(const char* name) const { return std::filesystem::exists(directory() / name); }
     std::string said() const { return content((directory() / "stderr").string()); }
+
+    // The process that a command has written to a file.
+    std::string process_in(const char* name) const {
+        std::string process = content((directory() / name).string());
+        process.resize(std::min(process.size(), process.find('\n')));
+        return process;
+    }
 
     // Writes its process to a file, and goes on when another stands there.
     const std::string patient_ = "echo $$ > new; mv new started; until [ -e go ]; do sleep 0.01; done; rm started; ";
@@ -101,6 +115,7 @@ TEST_F(QueueRunTest, DefersWhatItCannotStart) {
     submit({"ann"});
     EXPECT_EQ(run({"queue", "run", "--channel", "smtp", "--once", "--", "no such"}).exit, 78);
     EXPECT_EQ(run({"queue", "run", "--channel", "smtp", "--once"}).exit, kUsage);
+    EXPECT_EQ(once("exit 0", {"--poll", "0s"}).exit, kUsage);
     configure("RetryAfter=5x\n");
     const Ended ended = once("exit 0");
     EXPECT_EQ(ended.exit, 78);
@@ -135,10 +150,15 @@ TEST_F(QueueRunTest, HandsOverTheMessageTheEnvelopeAndNothingElse) {
     EXPECT_THAT(listed(), IsEmpty());
 }
 
-TEST_F(QueueRunTest, LearnsTheExitCodeWhateverItsCallerIgnores) {
+TEST_F(QueueRunTest, LearnsTheExitCodeWhateverItsCallerIgnoresOrHasClosed) {
     submit({"ann"});
     EXPECT_EQ(shell("trap '' CHLD PIPE; vel queue run --channel smtp --once -- sh -c 'exit 75' > said"), 0);
     EXPECT_THAT(listed(), ElementsAre("ann waiting 1 exit code 75"));
+    submit({"joe"});
+    const char* const unheard =
+        "exec 2> >(:); wait $!; vel queue run --channel smtp --once -- sh -c 'echo x; echo y >&2'";
+    EXPECT_EQ(shell(std::string(unheard).append(" > said")), 0);
+    EXPECT_THAT(listed(), ElementsAre("ann waiting 1 exit code 75")) << "nobody hears the command, but it delivers";
 }
 
 TEST_F(QueueRunTest, HoldsWhatIsTooOldForAnotherAttempt) {
@@ -185,23 +205,18 @@ TEST_F(QueueRunTest, PassesTheSecondSignalOnAndGivesBack) {
 
 TEST_F(QueueRunTest, EndsACommandThatTakesTooLong) {
     submit({"ann"});
-    once("exec sleep 100", {"--timeout", "1s"});
+    once("sh -c 'trap \"\" TERM; echo $$ > left; exec sleep 100' & wait", {"--timeout", "1s"});
     EXPECT_THAT(listed(), ElementsAre("ann waiting 1 not done within 1s, signal 15 (Terminated)"));
-}
-
-// Whether a process is there and no zombie.
-bool runs(const std::string& process) {
-    std::ifstream status("/proc/" + process + "/stat");
-    std::string number, name, state;
-    return status >> number >> name >> state && state != "Z";
+    const std::string left = process_in("left");
+    ASSERT_NE(left, "");
+    await("the end of what ignores the signal", [&] { return !runs(left); });
 }
 
 TEST_F(QueueRunTest, DiesWithItsCommandAndAnotherDelivers) {
     submit({"ann"});
     const pid_t process = start_run(patient_);
     await("the command", [&] { return stands("started"); });
-    std::string command = content((directory() / "started").string());
-    command.pop_back();
+    const std::string command = process_in("started");
     ASSERT_TRUE(runs(command));
     ::kill(process, SIGKILL);
     EXPECT_EQ(wait_for(process), -SIGKILL);

@@ -94,14 +94,19 @@ Child::~Child() {
 }
 
 std::optional<int> Child::ended() {
+    siginfo_t end{};
+    const auto process = static_cast<id_t>(process_);
+    if (::waitid(P_PID, process, &end, WEXITED | WNOHANG | WNOWAIT) != 0 || end.si_pid == 0) return std::nullopt;
+    if (is_told_) ::kill(-process_, SIGKILL);  // until it is waited for, no other group has its number
     int status = 0;
-    if (::waitpid(process_, &status, WNOHANG) != process_) return std::nullopt;
+    ::waitpid(process_, &status, 0);
     process_ = -1;
     return status;
 }
 
 // Its group is there only when it has come so far.
-void Child::signal(int number) const {
+void Child::signal(int number) {
+    is_told_ = true;
     ::kill(-process_, number);
     ::kill(process_, number);
 }

@@ -39,12 +39,13 @@ class Child {
     // A descriptor that can be read, as poll has it, when it has ended; -1 where the system has none.
     int end() const { return end_.get(); }
 
-    // Sends a signal to it and to its group.
-    void signal(int number) const;
+    // Has a signal end it, and its group. What is left of the group when it has ended is killed then.
+    void signal(int number);
 
   private:
     pid_t process_;
     Descriptor end_;
+    bool is_told_ = false;  // to end
 };
 
 struct Pipe {

@@ -50,7 +50,7 @@ class Watch {
   public:
     enum class Reason { none, claim_lost, told_to_stop, too_long };
 
-    Watch(const Child& child, const DeliveryCommand& command, const Circumstances& circumstances)
+    Watch(Child& child, const DeliveryCommand& command, const Circumstances& circumstances)
         : child_(child), circumstances_(circumstances), extension_(Clock::now() + circumstances.between_extensions) {
         if (command.timeout) end_ = Clock::now() + *command.timeout;
     }
@@ -81,7 +81,7 @@ class Watch {
         child_.signal(signal);
     }
 
-    const Child& child_;
+    Child& child_;
     const Circumstances& circumstances_;
     Clock::time_point extension_;
     Clock::time_point end_ = Clock::time_point::max();
@@ -105,18 +105,20 @@ Outcome outcome_of(int status, Watch::Reason reason, const std::string& last_lin
 Outcome attempt(const MQEntry& entry, const DeliveryCommand& command, const Circumstances& circumstances) {
     const Descriptor message = open_for_reading(entry.path);
     const Descriptor envelope = file_of(one_line(entry_json(entry)).append("\n"));
-    ErrorStream errors(circumstances.on_line);
+    CommandStream output(circumstances.on_line), errors(circumstances.on_line);
     Child child({command.program,
                  command.arguments,
                  environment_for(entry),
-                 {message.get(), STDERR_FILENO, errors.writing_end(), envelope.get()}});
+                 {message.get(), output.writing_end(), errors.writing_end(), envelope.get()}});
+    output.close_writing_end();
     errors.close_writing_end();
     Watch watch(child, command, circumstances);
     std::optional<int> status;
     while (!(status = child.ended())) {
-        errors.listen(child.end(), kBetweenLooks);
+        CommandStream::listen(output, errors, child.end(), kBetweenLooks);
         watch.look();
     }
+    output.finish();
     errors.finish();
     return outcome_of(*status, watch.reason(), errors.last_line(), command);
 }

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/queue/error_stream.h"
+#include "tools/queue/command_stream.h"
 #include "tools/queue/stop_request.h"
 #include "tools/queue/verdict.h"
 #include "vel/platform/queue.h"
@@ -25,8 +25,8 @@ struct DeliveryCommand {
 struct Circumstances {
     StopRequest& stop;
     std::chrono::seconds between_extensions;
-    std::function<bool()> extend;  // the lease; false when the claim is lost
-    ErrorStream::OnLine on_line;   // of its standard error
+    std::function<bool()> extend;   // the lease; false when the claim is lost
+    CommandStream::OnLine on_line;  // of what it writes
 };
 
 struct Outcome {
@@ -35,8 +35,8 @@ struct Outcome {
 };
 
 // Runs the command: the message is its standard input, its descriptor 3 the envelope as JSON. VEL_ID, VEL_CHANNEL,
-// VEL_SENDER and, where there is one alone, VEL_RECIPIENT are in its environment. Its standard output goes to our
-// standard error.
+// VEL_SENDER and, where there is one alone, VEL_RECIPIENT are in its environment. It writes to pipes: if our standard
+// error has gone, that does not end a delivery.
 Outcome attempt(const MQEntry& entry, const DeliveryCommand& command, const Circumstances& circumstances);
 
 }  // namespace vel::command

@@ -1,4 +1,4 @@
-#include "tools/queue/error_stream.h"
+#include "tools/queue/command_stream.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -18,25 +18,28 @@ constexpr int kMostPieces = 256;  // what a pipe holds at most unless root says 
 
 }  // namespace
 
-ErrorStream::ErrorStream(OnLine on_line) : ErrorStream(new_pipe(), std::move(on_line)) {}
+CommandStream::CommandStream(OnLine on_line) : CommandStream(new_pipe(), std::move(on_line)) {}
 
-ErrorStream::ErrorStream(Pipe pipe, OnLine on_line)
+CommandStream::CommandStream(Pipe pipe, OnLine on_line)
     : reading_(std::move(pipe.reading)), writing_(std::move(pipe.writing)), on_line_(std::move(on_line)) {
     ::fcntl(reading_.get(), F_SETFL, O_NONBLOCK);
 }
 
-void ErrorStream::listen(int other, std::chrono::milliseconds time) {
-    std::array<pollfd, 2> wanted{pollfd{ended_ ? -1 : reading_.get(), POLLIN, 0}, pollfd{other, POLLIN, 0}};
-    if (::poll(wanted.data(), wanted.size(), static_cast<int>(time.count())) > 0 && wanted[0].revents != 0) read_some();
+void CommandStream::listen(CommandStream& output, CommandStream& errors, int other, std::chrono::milliseconds time) {
+    std::array<pollfd, 3> wanted{pollfd{output.to_poll(), POLLIN, 0}, pollfd{errors.to_poll(), POLLIN, 0},
+                                 pollfd{other, POLLIN, 0}};
+    if (::poll(wanted.data(), wanted.size(), static_cast<int>(time.count())) <= 0) return;
+    if (wanted[0].revents != 0) output.read_some();
+    if (wanted[1].revents != 0) errors.read_some();
 }
 
-void ErrorStream::finish() {
+void CommandStream::finish() {
     for (int i = 0; i < kMostPieces && read_some(); ++i) {
     }
     if (!line_.empty()) end_line();
 }
 
-bool ErrorStream::read_some() {
+bool CommandStream::read_some() {
     std::array<char, kPiece> piece;
     const ssize_t got = read_block(reading_.get(), piece.data(), piece.size());
     if (got > 0) take({piece.data(), static_cast<std::size_t>(got)});
@@ -44,7 +47,7 @@ bool ErrorStream::read_some() {
     return got > 0;
 }
 
-void ErrorStream::take(std::string_view bytes) {
+void CommandStream::take(std::string_view bytes) {
     while (!bytes.empty()) {
         const std::size_t room = kLongestLine - line_.size();
         const std::size_t end = std::min({bytes.find('\n'), room, bytes.size()});
@@ -55,7 +58,7 @@ void ErrorStream::take(std::string_view bytes) {
     }
 }
 
-void ErrorStream::end_line() {
+void CommandStream::end_line() {
     const std::string_view text = std::string_view(line_).substr(0, line_.find_last_not_of(kBlanks) + 1);
     if (!text.empty()) {
         on_line_(text);
