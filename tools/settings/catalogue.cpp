@@ -39,7 +39,9 @@ constexpr std::array kSettings{
                "A host with its domain, such as relay.example.com, which completes recipients without \"@\" instead."},
 
     SettingRow{"Queue", "MinimumFree", "16", 32, a_number,
-               "MiB that must stay free where the queue is; below that no new entry is opened."},
+               "MiB that must stay free where the queue is; below that no new entry is opened, so that what is there "
+               "can still "
+               "be delivered and removed, which takes space too."},
     SettingRow{
         "Queue", "RetryAfter", "5m, 15m, 30m, 1h, 2h, 4h", 1024, some_waits,
         "How long \"vel queue run\" waits after the first, second, ... attempt that failed for now, in s, m, h or "
