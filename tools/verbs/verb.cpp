@@ -16,6 +16,7 @@ constexpr std::array kVerbs{
     Verb{"split", "cut a mailbox into messages", run_split},
     Verb{"build", "build a message from a text and files", run_build},
     Verb{"send", "put a message into the queue", run_send},
+    Verb{"bounce", "return a message to its sender", run_bounce},
     Verb{"encode", "write a file in base64, quoted-printable, uuencode or BinHex", run_encode},
     Verb{"decode", "write a file out of one of these", run_decode},
     Verb{"word", "encode and decode encoded words in header texts", run_word},

@@ -58,6 +58,7 @@ Exit run_check(Arguments arguments, Session& main);
 Exit run_split(Arguments arguments, Session& main);
 Exit run_build(Arguments arguments, Session& main);
 Exit run_send(Arguments arguments, Session& main);
+Exit run_bounce(Arguments arguments, Session& main);
 Exit run_encode(Arguments arguments, Session& main);
 Exit run_decode(Arguments arguments, Session& main);
 Exit run_word(Arguments arguments, Session& main);
