@@ -132,7 +132,7 @@ TEST_F(Diamond, tells_what_it_cannot_use) {
     std::string ahead_log = whole;
     ahead_log[18] = ahead_log[19] = 2;
     std::string no_page = whole;
-    no_page.replace(4096, 64, 64, 'x');
+    no_page.replace(8192, 64, 64, 'x');
     const struct {
         const char* name;
         std::string records;
@@ -144,7 +144,7 @@ TEST_F(Diamond, tells_what_it_cannot_use) {
         {"text", "no database", identity, DIA_MISSING},
         {"header alone", whole.substr(0, 100), identity, DIA_MISSING},
         {"half a page", whole.substr(0, 2000), identity, DIA_MISSING},
-        {"a page", whole.substr(0, 4096), identity, DIA_MISSING},
+        {"a page", whole.substr(0, 8192), identity, DIA_MISSING},
         {"one byte short", whole.substr(0, whole.size() - 1), identity, DIA_MISSING},
         {"another program's", other, identity, DIA_MISSING},
         {"write-ahead log", ahead_log, identity, DIA_MISSING},
@@ -224,7 +224,7 @@ TEST_F(Diamond, survives_a_full_disk) {
     std::string expected = "0 ";
     bool failed = false;
     const std::size_t now = content("words.db").size();
-    for (std::size_t room = 0; room < now + 8192; room += 700) {
+    for (std::size_t room = 0; room < now + 16384; room += 700) {
         const std::string word = std::to_string(room);
         Words relation(base_);
         relation.lock();
@@ -237,7 +237,7 @@ TEST_F(Diamond, survives_a_full_disk) {
     }
     EXPECT_EQ(words(), expected);
     EXPECT_TRUE(failed);
-    EXPECT_THAT(expected, HasSubstr(std::to_string((now + 8191) / 700 * 700)));
+    EXPECT_THAT(expected, HasSubstr(std::to_string((now + 16383) / 700 * 700)));
     EXPECT_THAT(take_log(), Not(IsEmpty()));
 }
 

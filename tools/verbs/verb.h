@@ -68,6 +68,7 @@ Exit run_date(Arguments arguments, Session& main);
 Exit run_init(Arguments arguments, Session& main);
 Exit run_config(Arguments arguments, Session& main);
 Exit run_queue(Arguments arguments, Session& main);
+Exit run_types(Arguments arguments, Session& main);
 
 // Runs what the arguments, without the program's name, ask for.
 Exit run_command(Arguments arguments, Session& main);
