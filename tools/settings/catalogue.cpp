@@ -27,8 +27,10 @@ constexpr std::array kSettings{
                "also that of the text in a delivery report. "
                "ISO-2022-JP turns the conversion between JIS and Shift-JIS on."},
 
-    SettingRow{"Config", "InstallDirectory", "", kPath, a_directory_or_nothing,
-               "Where the gateway is installed. Kept at start-up."},
+    SettingRow{
+        "Config", "InstallDirectory", "", kPath, a_directory_or_nothing,
+        "Where the gateway is installed. Kept at start-up. In srcdb below it is the table of file types that is copied "
+        "where the queue directory has none."},
 
     SettingRow{"Connection", "GatewayHostName", "", 128, a_host,
                "The gateway's own name, and the domain behind it. Both stand in its trace lines and Message-IDs, and "

@@ -14,6 +14,8 @@
 #include "tools/io/place_new.h"
 #include "tools/io/scratch_file.h"
 #include "tools/queue/connection.h"
+#include "tools/types/seeds.h"
+#include "tools/types/table.h"
 
 namespace vel::command {
 namespace {
@@ -41,6 +43,7 @@ void WorkingPlace::make(const std::string& settings) {
     make_directory(temporary(), kOfGateway);
     make_directory(install(), kOfAll);
     make_queue();
+    make_types();
     write_ini(settings);
     done_ = true;
 }
@@ -74,6 +77,16 @@ void WorkingPlace::make_queue() {
     const std::string path = queue();
     const SettingInForce there("Gateway", "QueueDirectory", path.c_str());
     connect_to_queue(session_);
+}
+
+void WorkingPlace::make_types() {
+    if (!copy_seeds(install())) {
+        session_.output.complain({}, "no file types: the seeds of their table are not installed beside the command");
+        return;
+    }
+    const SettingInForce queue_there("Gateway", "QueueDirectory", queue().c_str());
+    const SettingInForce install_there("Config", "InstallDirectory", install().c_str());
+    const TypesTable made(session_);
 }
 
 void WorkingPlace::write_ini(const std::string& settings) {

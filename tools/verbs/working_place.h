@@ -37,6 +37,7 @@ class WorkingPlace {
     void lock_root();
     void make_directory(const std::string& path, mode_t mode);
     void make_queue();
+    void make_types();
     void write_ini(const std::string& settings);
 
     const std::string directory_;
