@@ -90,10 +90,13 @@ TEST_F(CommandTest, RunsItsExamples) {
     file("Maildir/cur/1", "Subject: x\r\n\r\ny");
     std::filesystem::copy_file(sample("archive.mbox"), directory() / "archive.mbox");
     std::filesystem::create_directory(directory() / "queue");
+    ASSERT_EQ(shell("vel init place --host h.d > said"), 0);  // for its table of types
     int examples = 0;
     for (const command::Verb& verb : command::verbs()) {
-        if (verb.name == "queue" || verb.name == "send")
-            file("ostra.ini", "[Gateway]\nQueueDirectory=" + (directory() / "queue").string() + "\n");
+        if (verb.name == "queue" || verb.name == "send" || verb.name == "types") {
+            file("ostra.ini", "[Gateway]\nQueueDirectory=" + (directory() / "queue").string() +
+                                  "\n[Config]\nInstallDirectory=" + (directory() / "place/install").string() + "\n");
+        }
         std::istringstream help(run({"help", std::string(verb.name)}).out);
         for (std::string line; std::getline(help, line);) {
             if (!line.starts_with("  printf ") && !line.starts_with("  vel ")) continue;
