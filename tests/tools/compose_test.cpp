@@ -1,4 +1,6 @@
 // vel build and vel send: what they write, queue and refuse, and what comes back.
+#include <unistd.h>
+
 #include "tests/tools/sending_place.h"
 #include "vel/mime.h"
 #include "vel/rfc822.h"
@@ -92,6 +94,16 @@ TEST_F(ComposeTest, texts_and_files_come_back_byte_by_byte) {
     }
 }
 
+TEST_F(ComposeTest, a_message_is_built_where_it_is_to_stand) {
+    const std::string other = "/dev/shm/vel-compose-" + std::to_string(::getpid());
+    if (::access("/dev/shm", W_OK) != 0) GTEST_SKIP() << "no other file system";
+    for (const char* option : {"--text", "--attach"}) {
+        const Ended ended = build({option, file("text", "Hello\n"), "-o", other});
+        EXPECT_EQ(ended.exit, 0) << ended.err;
+        EXPECT_TRUE(std::filesystem::remove(other)) << option;
+    }
+}
+
 struct HeaderRow {
     Texts options;
     std::string name, value;
@@ -120,6 +132,9 @@ TEST_F(ComposeTest, header_lines_say_what_was_given) {
         {{}, "Mime-version", "1.0"},
         {{}, "Subject", "none"},
         {{}, "Content-type", "text/plain; charset=\"us-ascii\""},
+        {{"--text", file("j", std::string(999, 'x')), "--charset", "iso-2022-jp"},
+         "Content-transfer-encoding",
+         "quoted-printable"},
         {{"--text", file("t", zoe)}, "Content-type", "text/plain; charset=\"utf-8\""},
         {{"--text", file("s", "\xe9\n"), "--charset", "iso-8859-1"},
          "Content-type",
@@ -174,6 +189,8 @@ TEST_F(ComposeTest, build_refuses_what_would_be_lost_or_forged) {
         {{"--cc", "a@b.c\rX: y"}, kUsage, "--cc: a line break in the value"},
         {{"--cc", "a@b.c, d@e.f"}, kBadData, "--cc: \"a@b.c, d@e.f\" is not one address; each has a value of its own"},
         {{"--cc", "joe"}, kBadData, "--cc: \"joe\" has no domain"},
+        {{"--cc", R"("a\"b"@c.d)"}, kBadData, R"(--cc: ""a\\"b"@c.d" has \\" in its local part, which would be lost)"},
+        {{"--cc", "<@r.x:a@b.c>"}, kBadData, "--cc: \"<@r.x:a@b.c>\" is no mailbox"},
         {{"--cc", "a@@b"}, kBadData, "--cc: \"a@@b\" is no address"},
         {{"--cc", "\xc3\xbc@b.c"}, kBadData, "--cc: \"\xc3\xbc@b.c\" has an address that is not ASCII"},
         {{"--header", "X Y: z"}, kUsage, "--header: \"X Y: z\" is no header line, NAME: VALUE"},

@@ -110,7 +110,7 @@ bool has_line(const std::string& path, const std::string& beginning) {
     return found;
 }
 
-// Builds the parts and, around them, the message.
+// Builds the parts and, around them, the message, which may have to stand on another file system.
 class Multipart {
   public:
     explicit Multipart(Scratch& scratch) : scratch_(scratch) {}
@@ -122,9 +122,9 @@ class Multipart {
     }
 
     // The builder's boundary is new with every second.
-    ResultFile build(const Heading& heading) {
+    ResultFile build(const Heading& heading, Scratch& scratch) {
         for (;;) {
-            ResultFile message = build_once(heading);
+            ResultFile message = build_once(heading, scratch);
             const std::string delimiter = std::string("--").append(boundary_of(message.get()));
             const bool is_taken = std::any_of(enclosed_.begin(), enclosed_.end(),
                                               [&](const char* path) { return has_line(path, delimiter); });
@@ -134,8 +134,8 @@ class Multipart {
     }
 
   private:
-    ResultFile build_once(const Heading& heading) {
-        const LibraryScratch library(scratch_);
+    ResultFile build_once(const Heading& heading, Scratch& scratch) {
+        const LibraryScratch library(scratch);
         std::vector<char*> paths = paths_;
         paths.push_back(nullptr);
         return expect_file(MimeBuildMultipartMessageWithBCC(
@@ -144,7 +144,7 @@ class Multipart {
                            library);
     }
 
-    Scratch& scratch_;
+    Scratch& scratch_;  // of the parts
     std::vector<ResultFile> built_;
     std::vector<char*> paths_;
     std::vector<const char*> enclosed_;  // whose lines stand as they are
@@ -187,7 +187,7 @@ ResultFile build_message(const Draft& draft, Session& session, Scratch& scratch)
     for (const std::string& file : draft.attachments) {
         multipart.add(under_name(file, [&] { return attached_part(file, session); }));
     }
-    return multipart.build(heading);
+    return multipart.build(heading, scratch);
 }
 
 }  // namespace vel::command

@@ -43,6 +43,11 @@ class Parsed {
         return !local().empty() && canonical().size() == local().size() + (domain().empty() ? 0 : 1 + domain().size());
     }
 
+    // The parser takes \" for two blanks, which makes it another address.
+    bool is_changed_from(std::string_view text) const {
+        return local().starts_with('"') && text.find("\\\"") != text.npos;
+    }
+
     bool is_followed_by_comment(std::string_view text) const {
         return text.starts_with(canonical()) && text.ends_with(')') && !comment().empty();
     }
@@ -93,6 +98,7 @@ Mailbox parse_mailbox(const std::string& option, const std::string& given) {
     if (parsed.canonical().empty()) refuse("is no address");
     if (!parsed.is_alone()) refuse("is not one address; each has a value of its own");
     if (!parsed.is_mailbox()) refuse("is no mailbox");
+    if (parsed.is_changed_from(text)) refuse("has \\\" in its local part, which would be lost");
     if (!is_ascii(parsed.canonical())) refuse("has an address that is not ASCII");
     if (parsed.domain().empty()) refuse("has no domain");
     const std::string address(parsed.canonical());
