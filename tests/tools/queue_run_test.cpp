@@ -150,15 +150,18 @@ TEST_F(QueueRunTest, HandsOverTheMessageTheEnvelopeAndNothingElse) {
     EXPECT_THAT(listed(), IsEmpty());
 }
 
-TEST_F(QueueRunTest, LearnsTheExitCodeWhateverItsCallerIgnoresOrHasClosed) {
-    submit({"ann"});
-    EXPECT_EQ(shell("trap '' CHLD PIPE; vel queue run --channel smtp --once -- sh -c 'exit 75' > said"), 0);
-    EXPECT_THAT(listed(), ElementsAre("ann waiting 1 exit code 75"));
-    submit({"joe"});
-    const char* const unheard =
-        "exec 2> >(:); wait $!; vel queue run --channel smtp --once -- sh -c 'echo x; echo y >&2'";
-    EXPECT_EQ(shell(std::string(unheard).append(" > said")), 0);
-    EXPECT_THAT(listed(), ElementsAre("ann waiting 1 exit code 75")) << "nobody hears the command, but it delivers";
+TEST_F(QueueRunTest, DependsOnNothingThatItsCallerIgnoresSetsOrHasClosed) {
+    submit({"ann", "joe"});
+    const char* const run = "vel queue run --channel smtp --once --batch -- sh -c ";
+    EXPECT_EQ(shell(std::string("trap '' CHLD PIPE; export VEL_RECIPIENT=eve; ")
+                        .append(run)
+                        .append("'echo \"<$VEL_RECIPIENT>\" >&2; exit 75' > said")),
+              0);
+    const std::vector<std::string> deferred{"ann waiting 1 exit code 75: <>", "joe waiting 1 exit code 75: <>"};
+    EXPECT_EQ(listed(), deferred);
+    submit({"kim"});
+    EXPECT_EQ(shell(std::string("exec 2> >(:); wait $!; ").append(run).append("'echo x; echo y >&2' > said")), 0);
+    EXPECT_EQ(listed(), deferred) << "nobody hears the command, but it delivers";
 }
 
 TEST_F(QueueRunTest, HoldsWhatIsTooOldForAnotherAttempt) {
@@ -166,6 +169,17 @@ TEST_F(QueueRunTest, HoldsWhatIsTooOldForAnotherAttempt) {
     submit({"ann"});
     once("echo busy >&2; exit 75");
     EXPECT_THAT(listed(), ElementsAre("ann held 1 not delivered within 30m: exit code 75: busy"));
+}
+
+TEST_F(QueueRunTest, LetsTheRecipientWithTheMostAttemptsSetTheTimeOfAll) {
+    configure("RetryAfter=1s, 1h\nLifetime=30m\n");
+    const std::string id = submit({"ann", "joe"});
+    MQHoldEntry(id.c_str(), 1, "", "test");
+    once("exit 75");
+    MQHoldEntry(id.c_str(), 0, "", "test");  // and so due at once
+    MQReleaseEntry(id.c_str(), MQ_ALL, "test");
+    EXPECT_EQ(once("exit 75", {"--batch"}).out, "delivered 0, deferred 0, held 2\n");
+    EXPECT_EQ(listed().front(), "ann held 2 not delivered within 30m: exit code 75");
 }
 
 TEST_F(QueueRunTest, WaitsForWhatIsDueLaterAndForNewMail) {
@@ -191,16 +205,19 @@ TEST_F(QueueRunTest, FinishesWhatItDoesBeforeItStops) {
     EXPECT_THAT(listed(), ElementsAre("joe waiting 0 "));
 }
 
-TEST_F(QueueRunTest, PassesTheSecondSignalOnAndGivesBack) {
+TEST_F(QueueRunTest, PassesTheSecondSignalOnAndGivesBackWhatIsNotDelivered) {
     submit({"ann"});
-    const pid_t process = start_run("trap 'touch told; exit 65' TERM; " + patient_);
-    await("the command", [&] { return stands("started"); });
-    ::kill(process, SIGINT);
-    await("the signal's effect", [&] { return said().find("stopping") != std::string::npos; });
-    ::kill(process, SIGTERM);
-    EXPECT_EQ(wait_for(process), 0);
-    EXPECT_TRUE(stands("told"));
-    EXPECT_THAT(listed(), ElementsAre("ann waiting 1 "));
+    const std::vector<std::pair<std::string, std::vector<std::string>>> rows{{"65", {"ann waiting 1 "}}, {"0", {}}};
+    for (const auto& [exit, left] : rows) {
+        const pid_t process = start_run("trap 'touch told; rm started; exit " + exit + "' TERM; " + patient_);
+        await("the command", [&] { return stands("started"); });
+        ::kill(process, SIGINT);
+        await("the signal's effect", [&] { return said().find("stopping") != std::string::npos; });
+        ::kill(process, SIGTERM);
+        EXPECT_EQ(wait_for(process), 0);
+        EXPECT_TRUE(stands("told"));
+        EXPECT_EQ(listed(), left);
+    }
 }
 
 TEST_F(QueueRunTest, EndsACommandThatTakesTooLong) {

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "tests/tools/queue_place.h"
+#include "tools/queue/entries.h"
 #include "tools/text/instant.h"
 
 namespace vel::test {
@@ -26,6 +27,22 @@ TEST(InstantTest, WritesAndReadsLengthsOfTime) {
         EXPECT_EQ(command::read_duration(text), std::nullopt) << text;
     }
     EXPECT_EQ(command::read_duration("36500d"), int64_t{36500} * 86400);
+}
+
+TEST(QueueEntryTest, IsToldWithAllOfItsEnvelope) {
+    const MQRecipient ann{3,       MQ_HELD, 2,     VEL_NOTIFY_DELAY, int64_t{86'400'000'000},
+                          "local", "ann@x", "a;b", "a's text",       "and another",
+                          "asked"};
+    const _envFrom joe{"joe@x", "env", VEL_RET_HDRS, 4, "joe's text", "via"};
+    const MQEntry entry{"id", "path", "smtp", 1'500'000, 9, 7, 5, 6, 1, &ann, joe};
+    EXPECT_EQ(command::one_line(command::entry_json(entry)),
+              R"({"id":"id","path":"path","channel":"smtp",)"
+              R"("arrival":{"utc":"1970-01-01T00:00:01Z","seconds_since_1970":1},)"
+              R"("size":9,"priority":7,"number":5,"number2":6,"sender":{"address":"joe@x","envelope_id":"env",)"
+              R"("return":"hdrs","number":4,"text":"joe's text","channel":"via"},"recipients":[{"number":3,)"
+              R"("address":"ann@x","state":"held","channel":"local",)"
+              R"("due":{"utc":"1970-01-02T00:00:00Z","seconds_since_1970":86400},"attempts":2,"reason":"asked",)"
+              R"("original_recipient":"a;b","notify":["delay"],"text":"a's text","text2":"and another"}]})");
 }
 
 TEST_F(QueueVerbsTest, ShowsWhatIsThereAndLetsNoTextSteerTheTerminal) {
