@@ -46,6 +46,7 @@ constexpr Change kRelease{
     MQ_HELD,
     [](const char* id, int recipient, const Options&) { return MQReleaseEntry(id, recipient, "vel queue release"); },
     "  vel queue release 00q4jv7k2m1f0c9r8t3p5n6d\n"
+    "  id=00q4jv7k2m1f0c9r8t3p5n6d; vel queue hold $id && vel queue release $id  # what is deferred is due at once\n"
     "  vel queue release --all --channel smtp\n"};
 
 constexpr Change kRemove{
