@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <exception>
 
+#include "platform/diamond/checked_files.h"
 #include "platform/diamond/report.h"
 #include "platform/failure.h"
 
@@ -83,11 +84,14 @@ int Relation::look_inside() {
     }
 }
 
-// SQLite reads what is missing of the last page as zeros. Before the check it has undone what was cut short.
+// SQLite reads what is missing of the last page as zeros. When the schema was read it has undone what was cut short.
 bool Relation::is_whole() {
-    if (database_->text("PRAGMA quick_check(1)") != "ok") return false;
     const auto stamp = files_.stamp().records;
-    return stamp && stamp->size >= database_->number("PRAGMA page_count") * database_->number("PRAGMA page_size");
+    if (stamp && was_whole(files_.records(), *stamp)) return true;
+    if (!stamp || database_->text("PRAGMA quick_check(1)") != "ok") return false;
+    if (stamp->size < database_->number("PRAGMA page_count") * database_->number("PRAGMA page_size")) return false;
+    remember_whole(files_.records(), *stamp);
+    return true;
 }
 
 int Relation::open() {
