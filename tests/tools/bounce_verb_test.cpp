@@ -1,4 +1,4 @@
-// vel bounce: who gets a message back.
+// vel bounce and vel log: who gets a message back, and the postmaster his log.
 #include "tests/tools/sending_place.h"
 
 namespace vel::test {
@@ -82,6 +82,24 @@ TEST_F(BounceVerbTest, RefusesWhatDoesNotGoTogetherOrIntoANotice) {
     std::filesystem::create_directory(directory() / "folder.msg");
     EXPECT_THAT(bounced({(directory() / "folder").string(), "--reason", "a", "--sender", "joe@x.y"}),
                 HasSubstr("75 vel: the message has not been returned; "));
+}
+
+TEST_F(BounceVerbTest, MailsAnOldLog) {
+    const std::string log = file("ostra.log.1", "the last line\n");
+    EXPECT_EQ(run({"log", "send", log}).out, "sent to the postmaster\n");
+    ASSERT_EQ(ids().size(), 1u);
+    const OwnedEntry sent = entry(ids()[0]);
+    EXPECT_STREQ(sent->recipients[0].address, "postmaster@gw.corp");
+    EXPECT_THAT(content(sent->path), HasSubstr("\r\nSubject: old log file ostra.log.1\r\n"));
+    EXPECT_THAT(content(sent->path), HasSubstr("\r\n\r\nthe last line\n"));
+    EXPECT_EQ(run({"log", "send", log + "0"}).exit, kNoInput);
+    EXPECT_EQ(run({"log", "send"}).exit, 75) << "the log is no file";
+    file("ostra.ini", "[Gateway]\nQueueDirectory=" + (directory() / "queue").string() +
+                          "\n[Queue]\nMinimumFree=99999999\n[Log]\nTarget=" + log.substr(0, log.size() - 2) + "\n");
+    const Ended refused = run({"log", "send"});
+    EXPECT_EQ(refused.exit, 75);
+    EXPECT_THAT(refused.err, testing::StartsWith("vel: the log has not been sent; "));
+    EXPECT_EQ(ids().size(), 1u);
 }
 
 }  // namespace

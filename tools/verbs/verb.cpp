@@ -27,6 +27,7 @@ constexpr std::array kVerbs{
     Verb{"config", "show the settings that are in force, and what is wrong with them", run_config},
     Verb{"queue", "see what is in the queue, hold or release it, hand it to a command", run_queue},
     Verb{"types", "see and change the table of file types", run_types},
+    Verb{"log", "mail an old log file to the postmaster", run_log},
 };
 
 constexpr std::string_view kHelp = "help";
