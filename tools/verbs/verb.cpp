@@ -12,6 +12,7 @@ constexpr std::array kVerbs{
     Verb{"show", "read a message: chief header lines and text", run_show},
     Verb{"extract", "write the bodies of a message into files, decoded", run_extract},
     Verb{"headers", "show the header fields of a message", run_headers},
+    Verb{"dsn", "read a delivery report: what became of each recipient", run_dsn},
     Verb{"check", "tell what is wrong with a message, and where", run_check},
     Verb{"split", "cut a mailbox into messages", run_split},
     Verb{"build", "build a message from a text and files", run_build},

@@ -54,6 +54,7 @@ Exit run_parse(Arguments arguments, Session& main);
 Exit run_show(Arguments arguments, Session& main);
 Exit run_extract(Arguments arguments, Session& main);
 Exit run_headers(Arguments arguments, Session& main);
+Exit run_dsn(Arguments arguments, Session& main);
 Exit run_check(Arguments arguments, Session& main);
 Exit run_split(Arguments arguments, Session& main);
 Exit run_build(Arguments arguments, Session& main);
