@@ -21,10 +21,10 @@ class QueueCommandTest : public CommandTest {
     }
     ~QueueCommandTest() override { take_log(); }
 
-    // Lines of section [Queue] for the command.
+    // Lines of section [Queue] for the command; of equal keys the first one counts.
     void configure(const std::string& queue) const {
         file("ostra.ini", "[Gateway]\nTimeZone=UTC\nQueueDirectory=" + (directory() / "queue").string() +
-                              "\n[Log]\nLevels=1\n[Queue]\nMinimumFree=0\n" + queue);
+                              "\n[Log]\nLevels=1\n[Queue]\n" + queue + "MinimumFree=0\n");
     }
 
     // The message file of an entry.

@@ -74,6 +74,9 @@ class QueueRunTest : public QueueCommandTest {
         return process;
     }
 
+    // A notice that fails stays in the queue, with the reason.
+    const std::vector<std::string> notices_{"--channel", "DSN"};
+
     // Writes its process to a file, and goes on when another stands there.
     const std::string patient_ = "echo $$ > new; mv new started; until [ -e go ]; do sleep 0.01; done; rm started; ";
 };
@@ -103,8 +106,8 @@ TEST_F(QueueRunTest, TakesTheEndOfTheCommandForItsVerdict) {
          {"ann held 1 exit code 70: last\x1b"}},
     };
     for (const Row& row : rows) {
-        const std::string id = submit({"ann"}, "smtp", std::string(200000, 'x'));
-        const Ended ended = once(row.line);
+        const std::string id = submit({"ann"}, "DSN", std::string(200000, 'x'));
+        const Ended ended = once(row.line, notices_);
         EXPECT_EQ(ended.exit, 0) << ended.err;
         EXPECT_EQ(listed(), row.left) << row.line;
         MQRemoveEntry(id.c_str(), MQ_ALL, "test");
@@ -135,7 +138,7 @@ TEST_F(QueueRunTest, HandsOverTheMessageTheEnvelopeAndNothingElse) {
         "sed -n 's/Sig[BI].*\\(.......\\)$/\\1/p' /proc/self/status > signals; echo \"$VEL_ID $VEL_SENDER "
         "$VEL_RECIPIENT.\" >> environment; "
         "kill -0 -$$";
-    EXPECT_EQ(once(line, {"--batch"}).out, "delivered 2, deferred 0, held 0\n");
+    EXPECT_EQ(once(line, {"--batch"}).out, "delivered 2, deferred 0, failed 0, held 0\n");
     const auto text = [&](const char* name) { return content((directory() / name).string()); };
     EXPECT_EQ(text("message"), "Hello\r\n");
     const Json envelope = Json::parse(text("envelope"));
@@ -145,7 +148,7 @@ TEST_F(QueueRunTest, HandsOverTheMessageTheEnvelopeAndNothingElse) {
     EXPECT_EQ(text("signals"), "0000000\n0000000\n") << "none blocked, none ignored";
     EXPECT_EQ(text("environment"), id + " joe@example.com .\n");
     submit({"ann", "joe"});
-    EXPECT_EQ(once(line, {"--jobs", "2"}).out, "delivered 2, deferred 0, held 0\n");
+    EXPECT_EQ(once(line, {"--jobs", "2"}).out, "delivered 2, deferred 0, failed 0, held 0\n");
     EXPECT_THAT(text("environment"), HasSubstr(" joe.\n"));
     EXPECT_THAT(listed(), IsEmpty());
 }
@@ -164,10 +167,10 @@ TEST_F(QueueRunTest, DependsOnNothingThatItsCallerIgnoresSetsOrHasClosed) {
     EXPECT_EQ(listed(), deferred) << "nobody hears the command, but it delivers";
 }
 
-TEST_F(QueueRunTest, HoldsWhatIsTooOldForAnotherAttempt) {
+TEST_F(QueueRunTest, GivesUpWhatIsTooOldForAnotherAttempt) {
     configure("RetryAfter=1h\nLifetime=30m\n");
-    submit({"ann"});
-    once("echo busy >&2; exit 75");
+    submit({"ann"}, "DSN");
+    once("echo busy >&2; exit 75", notices_);
     EXPECT_THAT(listed(), ElementsAre("ann held 1 not delivered within 30m: exit code 75: busy"));
 }
 
@@ -178,8 +181,7 @@ TEST_F(QueueRunTest, LetsTheRecipientWithTheMostAttemptsSetTheTimeOfAll) {
     once("exit 75");
     MQHoldEntry(id.c_str(), 0, "", "test");  // and so due at once
     MQReleaseEntry(id.c_str(), MQ_ALL, "test");
-    EXPECT_EQ(once("exit 75", {"--batch"}).out, "delivered 0, deferred 0, held 2\n");
-    EXPECT_EQ(listed().front(), "ann held 2 not delivered within 30m: exit code 75");
+    EXPECT_EQ(once("exit 75", {"--batch"}).out, "delivered 0, deferred 0, failed 2, held 0\n");
 }
 
 TEST_F(QueueRunTest, WaitsForWhatIsDueLaterAndForNewMail) {
@@ -239,7 +241,7 @@ TEST_F(QueueRunTest, DiesWithItsCommandAndAnotherDelivers) {
     EXPECT_EQ(wait_for(process), -SIGKILL);
     await("the command's end", [&] { return !runs(command); });
     EXPECT_THAT(listed(), ElementsAre("ann claimed 1 "));
-    EXPECT_EQ(once("exit 0").out, "delivered 1, deferred 0, held 0\n");
+    EXPECT_EQ(once("exit 0").out, "delivered 1, deferred 0, failed 0, held 0\n");
 }
 
 TEST_F(QueueRunTest, KeepsTheClaimWhileTheCommandRunsOrEndsIt) {

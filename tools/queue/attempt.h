@@ -32,6 +32,7 @@ struct Circumstances {
 struct Outcome {
     Verdict verdict;
     std::string reason;
+    const char* status = "";  // RFC 3463, of what has failed
 };
 
 // Runs the command: the message is its standard input, its descriptor 3 the envelope as JSON. VEL_ID, VEL_CHANNEL,

@@ -9,9 +9,9 @@ void connect_to_queue(Session& session) {
     if (!MQInit(nullptr, "vel")) throw queue_failure(session, "no connection to the queue");
 }
 
-Failure queue_failure(Session& session, const std::string& what, Exit exit) {
+Failure queue_failure(Journal& journal, const std::string& what, Exit exit) {
     std::string text = what;
-    for (const LogLine& line : session.journal.take()) {
+    for (const LogLine& line : journal.take()) {
         if (line.level == kErrorLevel) text.append("; ").append(line.text);
     }
     return {exit, text};

@@ -13,7 +13,10 @@ namespace vel::command {
 void connect_to_queue(Session& session);
 
 // What a call of the queue that failed means, with the reason that it has logged.
-Failure queue_failure(Session& session, const std::string& what, Exit exit = Exit::unavailable);
+Failure queue_failure(Journal& journal, const std::string& what, Exit exit = Exit::unavailable);
+inline Failure queue_failure(Session& session, const std::string& what, Exit exit = Exit::unavailable) {
+    return queue_failure(session.journal, what, exit);
+}
 
 }  // namespace vel::command
 

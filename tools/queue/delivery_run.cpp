@@ -9,6 +9,7 @@
 
 #include "tools/io/interruption.h"
 #include "tools/queue/entries.h"
+#include "tools/queue/notice.h"
 #include "tools/text/instant.h"
 
 namespace vel::command {
@@ -17,9 +18,11 @@ namespace {
 constexpr int kExtensionsPerLease = 5;
 constexpr int kMostTries = 30;  // to record what has been done: it would be done again otherwise
 constexpr std::chrono::seconds kBetweenTries{1};
+constexpr const char* kDeliveredStatus = "2.0.0";  // RFC 3463
+constexpr const char* kTooOldStatus = "4.4.7";
 
 struct Counts {
-    std::atomic<int64_t> delivered, deferred, held;
+    std::atomic<int64_t> delivered, deferred, failed, held;
 };
 
 struct ConsumerClosed {
@@ -69,11 +72,9 @@ class Worker {
     void deliver(const MQEntry& entry) {
         const Outcome outcome = try_delivery(entry);
         switch (outcome.verdict) {
-            case Verdict::delivered:
-                return record(entry, run_.counts.delivered,
-                              [&] { return MQFinish(consumer_.get(), entry.id, MQ_ALL); });
+            case Verdict::delivered: return finish(entry);
             case Verdict::deferred: return defer(entry, outcome.reason);
-            case Verdict::failed: return fail_for_good(entry, outcome.reason);
+            case Verdict::failed: return fail_for_good(entry, {false, outcome.status, outcome.reason});
             case Verdict::broken_off: MQGiveBack(consumer_.get(), entry.id, MQ_ALL); return;
             case Verdict::lost: return complain(entry, "the claim was lost, so its command was ended");
         }
@@ -96,19 +97,60 @@ class Worker {
         return MQExtend(consumer_.get(), entry.id, MQ_ALL, static_cast<int>(run_.options.lease.count())) != 0;
     }
 
-    void defer(const MQEntry& entry, const std::string& reason) {
-        int attempts = 0;  // recipients that are delivered together stay together
-        for (const MQRecipient& recipient : recipients_of(entry)) attempts = std::max(attempts, recipient.attempts);
-        const int64_t now = now_in_microseconds() / kMicroseconds;
-        const auto due = run_.plan.due(entry.arrival / kMicroseconds, attempts, now);
-        if (!due)
-            return fail_for_good(entry, "not delivered within " + duration_text(run_.plan.lifetime()) + ": " + reason);
-        record(entry, run_.counts.deferred,
-               [&] { return MQDefer(consumer_.get(), entry.id, MQ_ALL, *due * kMicroseconds, reason.c_str()); });
+    // A report that cannot be sent is no reason to deliver once more.
+    void finish(const MQEntry& entry) {
+        if (has_reader(entry)) {
+            const std::string trouble = trouble_in_telling(entry, {true, kDeliveredStatus, {}});
+            if (!trouble.empty()) complain(entry, trouble);
+        }
+        record(entry, run_.counts.delivered, [&] { return MQFinish(consumer_.get(), entry.id, MQ_ALL); });
     }
 
-    // There is nothing yet that tells the sender, so an operator has to see it.
-    void fail_for_good(const MQEntry& entry, const std::string& reason) {
+    void defer(const MQEntry& entry, const std::string& reason) {
+        if (const auto due = next_attempt(entry)) return defer(entry, *due, reason);
+        fail_for_good(entry, {false, kTooOldStatus,
+                              "not delivered within " + duration_text(run_.plan.lifetime()) + ": " + reason});
+    }
+
+    // The notice is in the queue before the recipients go: a crash in between makes a second one, never none.
+    void fail_for_good(const MQEntry& entry, const Fate& fate) {
+        if (!has_reader(entry)) return hold(entry, fate.reason);
+        if (!extend(entry)) return complain(entry, "the claim was lost: another may try once more");
+        const std::string trouble = trouble_in_telling(entry, fate);
+        if (!trouble.empty()) return keep(entry, fate.reason + "; " + trouble);
+        record(entry, run_.counts.failed,
+               [&] { return MQFail(consumer_.get(), entry.id, MQ_ALL, fate.reason.c_str()); });
+    }
+
+    // Empty when the sender has been told, or does not want to be.
+    static std::string trouble_in_telling(const MQEntry& entry, const Fate& fate) {
+        try {
+            tell_sender(entry, fate);
+            return {};
+        } catch (const std::exception& failure) {
+            return failure.what();
+        }
+    }
+
+    // Until its sender can be told.
+    void keep(const MQEntry& entry, const std::string& reason) {
+        if (const auto due = next_attempt(entry)) return defer(entry, *due, reason);
+        hold(entry, reason);
+    }
+
+    // In seconds; nothing when the message would be too old by then.
+    std::optional<int64_t> next_attempt(const MQEntry& entry) const {
+        int attempts = 0;  // recipients that are delivered together stay together
+        for (const MQRecipient& recipient : recipients_of(entry)) attempts = std::max(attempts, recipient.attempts);
+        return run_.plan.due(entry.arrival / kMicroseconds, attempts, now_in_microseconds() / kMicroseconds);
+    }
+
+    void defer(const MQEntry& entry, int64_t due, const std::string& reason) {
+        record(entry, run_.counts.deferred,
+               [&] { return MQDefer(consumer_.get(), entry.id, MQ_ALL, due * kMicroseconds, reason.c_str()); });
+    }
+
+    void hold(const MQEntry& entry, const std::string& reason) {
         record(entry, run_.counts.held, [&] { return MQHold(consumer_.get(), entry.id, MQ_ALL, reason.c_str()); });
     }
 
@@ -160,8 +202,16 @@ Exit run_deliveries(const RunOptions& options, const DeliveryCommand& command, c
     std::vector<std::thread> workers;
     for (Exit& exit : exits) workers.emplace_back([&] { exit = work(run); });
     for (std::thread& worker : workers) worker.join();
-    main.output.write("delivered " + std::to_string(run.counts.delivered) + ", deferred " +
-                      std::to_string(run.counts.deferred) + ", held " + std::to_string(run.counts.held) + "\n");
+    const Counts& counts = run.counts;
+    main.output.write(std::string("delivered ")
+                          .append(std::to_string(counts.delivered))
+                          .append(", deferred ")
+                          .append(std::to_string(counts.deferred))
+                          .append(", failed ")
+                          .append(std::to_string(counts.failed))
+                          .append(", held ")
+                          .append(std::to_string(counts.held))
+                          .append("\n"));
     return *std::max_element(exits.begin(), exits.end());
 }
 

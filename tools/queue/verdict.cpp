@@ -14,6 +14,19 @@ namespace {
 constexpr int kSystemError = 71, kInputOutput = 74, kTemporary = 75;
 constexpr int kNotExecutable = 126, kSignalled = 128;  // as a shell says it
 
+// Of the codes of sysexits those that say more than that it did not work.
+struct Meaning {
+    int code;
+    const char* status;
+};
+constexpr std::array kMeanings{
+    Meaning{65, "5.6.0"},  // the message is wrong
+    Meaning{67, "5.1.1"},  // no such user
+    Meaning{68, "5.1.2"},  // no such host
+    Meaning{76, "5.5.0"},  // protocol
+    Meaning{77, "5.7.1"},  // not allowed
+};
+
 bool is_temporary(int code) {
     constexpr std::array kTemporaries{kSystemError, kInputOutput, kTemporary, kNotExecutable, kCannotRun};
     return code >= kSignalled || std::count(kTemporaries.begin(), kTemporaries.end(), code) != 0;
@@ -31,6 +44,13 @@ Verdict verdict_of(int status) {
     if (!WIFEXITED(status)) return Verdict::deferred;
     if (WEXITSTATUS(status) == 0) return Verdict::delivered;
     return is_temporary(WEXITSTATUS(status)) ? Verdict::deferred : Verdict::failed;
+}
+
+const char* status_code_of(int status) {
+    for (const Meaning& meaning : kMeanings) {
+        if (WIFEXITED(status) && WEXITSTATUS(status) == meaning.code) return meaning.status;
+    }
+    return "5.0.0";
 }
 
 std::string reason_of(int status, std::string_view last_line) {

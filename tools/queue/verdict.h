@@ -21,6 +21,9 @@ enum class Verdict {
 //   status  as waitpid has it
 Verdict verdict_of(int status);
 
+// The status code (RFC 3463) of what has failed.
+const char* status_code_of(int status);
+
 // "exit code 67: no such user", "signal 9 (Killed)"; last_line may be empty.
 std::string reason_of(int status, std::string_view last_line);
 
