@@ -297,7 +297,7 @@ TEST_F(ComposeTest, what_is_built_sent_and_delivered_is_taken_apart_as_the_same_
     EXPECT_THAT(run({"queue", "show", id}).out, HasSubstr("recipient  eve@example.org\n"));
     const Ended delivered = run({"queue", "run", "--channel", "smtp", "--once", "--batch", "--", "sh", "-c",
                                  "cat > " + stored + " && echo stored"});
-    EXPECT_EQ(delivered.out, "delivered 2, deferred 0, held 0\n");
+    EXPECT_EQ(delivered.out, "delivered 2, deferred 0, failed 0, held 0\n");
     EXPECT_EQ(delivered.err, "vel: " + id + ": stored\n");
     EXPECT_EQ(files(), 0u);
     const std::string message = content(stored);

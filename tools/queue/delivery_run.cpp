@@ -107,7 +107,7 @@ class Worker {
     }
 
     void defer(const MQEntry& entry, const std::string& reason) {
-        if (const auto due = next_attempt(entry)) return defer(entry, *due, reason);
+        if (const auto due = next_attempt(entry)) return defer_until(*due, entry, reason);
         fail_for_good(entry, {false, kTooOldStatus,
                               "not delivered within " + duration_text(run_.plan.lifetime()) + ": " + reason});
     }
@@ -134,7 +134,7 @@ class Worker {
 
     // Until its sender can be told.
     void keep(const MQEntry& entry, const std::string& reason) {
-        if (const auto due = next_attempt(entry)) return defer(entry, *due, reason);
+        if (const auto due = next_attempt(entry)) return defer_until(*due, entry, reason);
         hold(entry, reason);
     }
 
@@ -145,7 +145,7 @@ class Worker {
         return run_.plan.due(entry.arrival / kMicroseconds, attempts, now_in_microseconds() / kMicroseconds);
     }
 
-    void defer(const MQEntry& entry, int64_t due, const std::string& reason) {
+    void defer_until(int64_t due, const MQEntry& entry, const std::string& reason) {
         record(entry, run_.counts.deferred,
                [&] { return MQDefer(consumer_.get(), entry.id, MQ_ALL, due * kMicroseconds, reason.c_str()); });
     }
