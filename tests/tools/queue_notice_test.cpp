@@ -16,10 +16,12 @@ using Words = std::vector<std::string>;
 
 class QueueNoticeTest : public SendingTest {
   protected:
-    void send(Words options, const char* sender = "joe@x.y") const {
+    // Its identifier.
+    std::string send(Words options, const char* sender = "joe@x.y") const {
         options.insert(options.begin(), {"send", "-", "--from", sender, "--channel", "smtp", "--to", "ann@x.y"});
         const Ended sent = run(options, "Subject: s\n\nbody\n");
         EXPECT_EQ(sent.exit, 0) << sent.err;
+        return sent.out.substr(0, sent.out.find('\n'));
     }
 
     Ended deliver(const std::string& line, Words options = {}) const {
@@ -146,10 +148,10 @@ TEST_F(QueueNoticeTest, MakesNoNoticeOfANoticeOrForNobody) {
     EXPECT_EQ(deliver("exit 1", everything).out, "delivered 0, deferred 0, failed 2, held 2\n");
     EXPECT_THAT(listed(), ElementsAre("joe@x.y held 1 exit code 1", "joe@x.y held 1 exit code 1"));
     clear();
-    send({"--notify", "failure,success"}, "<>");
+    const std::string id = send({"--notify", "failure,success"}, "<>");
     deliver("exit 1", everything);
     EXPECT_THAT(listed(), ElementsAre("ann@x.y held 1 exit code 1"));
-    MQReleaseEntry(ids().front().c_str(), MQ_ALL, "test");
+    MQReleaseEntry(id.c_str(), MQ_ALL, "test");
     deliver("exit 0", everything);
     EXPECT_THAT(listed(), IsEmpty());
 }
@@ -157,16 +159,16 @@ TEST_F(QueueNoticeTest, MakesNoNoticeOfANoticeOrForNobody) {
 TEST_F(QueueNoticeTest, KeepsWhatHasFailedUntilItsSenderCanBeTold) {
     const std::string full = "MinimumFree=1000000000\n";
     const std::string reason = "exit code 67; the sender has not been told; ";
-    send({"--notify", "success,failure"});
+    const std::string id = send({"--notify", "success,failure"});
     configure(full);
     EXPECT_EQ(deliver("exit 67").out, "delivered 0, deferred 1, failed 0, held 0\n");
     EXPECT_THAT(listed(), ElementsAre(HasSubstr("ann@x.y waiting 1 " + reason)));
     configure(full + "Lifetime=1s\n");
-    MQHoldEntry(ids().front().c_str(), MQ_ALL, "", "test");  // and so due at once
-    MQReleaseEntry(ids().front().c_str(), MQ_ALL, "test");
+    MQHoldEntry(id.c_str(), MQ_ALL, "", "test");  // and so due at once
+    MQReleaseEntry(id.c_str(), MQ_ALL, "test");
     deliver("exit 67");
     EXPECT_THAT(listed(), ElementsAre(HasSubstr("ann@x.y held 2 " + reason)));
-    MQReleaseEntry(ids().front().c_str(), MQ_ALL, "test");
+    MQReleaseEntry(id.c_str(), MQ_ALL, "test");
     const Ended delivered = deliver("exit 0");
     EXPECT_EQ(delivered.out, "delivered 1, deferred 0, failed 0, held 0\n") << "and not once more";
     EXPECT_THAT(delivered.err, HasSubstr("the sender has not been told; "));
