@@ -95,7 +95,8 @@ TEST_F(CommandTest, RunsItsExamples) {
     for (const command::Verb& verb : command::verbs()) {
         if (verb.name == "queue" || verb.name == "send" || verb.name == "types") {
             file("ostra.ini", "[Gateway]\nQueueDirectory=" + (directory() / "queue").string() +
-                                  "\n[Config]\nInstallDirectory=" + (directory() / "place/install").string() + "\n");
+                                  "\n[Config]\nInstallDirectory=" + (directory() / "place/install").string() +
+                                  "\n[Connection]\nGatewayHostName=h\nGatewayDomain=d\n");
         }
         std::istringstream help(run({"help", std::string(verb.name)}).out);
         for (std::string line; std::getline(help, line);) {

@@ -35,6 +35,16 @@ class Failure : public std::runtime_error {
     Exit exit_;
 };
 
+// Has a failure of some work say what it is about.
+template <class Work>
+auto under_name(const std::string& name, Work&& work) {
+    try {
+        return work();
+    } catch (const Failure& failure) {
+        throw Failure(failure.exit(), name + ": " + failure.what());
+    }
+}
+
 }  // namespace vel::command
 
 #endif

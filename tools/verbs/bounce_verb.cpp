@@ -1,20 +1,17 @@
 // vel bounce: a message goes back to its sender.
-#include <unistd.h>
-
 #include <nlohmann/json.hpp>
 
 #include "tools/compose/mailbox.h"
 #include "tools/compose/text_chain.h"
 #include "tools/queue/connection.h"
-#include "tools/queue/entries.h"
 #include "tools/text/text_forms.h"
 #include "tools/verbs/command_line.h"
+#include "tools/verbs/named_message.h"
 #include "vel/notify.h"
 
 namespace vel::command {
 namespace {
 
-constexpr std::string_view kSuffix = ".msg";
 constexpr const char* kNobody = "<>";
 
 const std::string kFooter =
@@ -62,18 +59,6 @@ void declare(CommandLine& line, Options& options) {
     line.add_json();
 }
 
-struct Message {
-    std::string base;
-    std::string sender;  // empty: it is not needed
-};
-
-std::string without_suffix(std::string path) {
-    if (path.ends_with(kSuffix)) path.resize(path.size() - kSuffix.size());
-    return path;
-}
-
-bool is_message(const std::string& base) { return ::access((base + ".msg").c_str(), R_OK) == 0; }
-
 // Throws Failure.
 void check(Options& options) {
     if (!options.sender.empty() && options.sender != kNobody) {
@@ -86,16 +71,18 @@ void check(Options& options) {
     }
 }
 
+struct Message {
+    std::string base;
+    std::string sender;  // empty: it is not needed
+};
+
 // Looks up in the queue what the command line does not say. Throws Failure.
-Message find_message(const Options& options, Session& main) {
-    Message message{without_suffix(options.base), options.sender};
-    const bool is_path = is_message(message.base);
-    const bool needs_sender = message.sender.empty() && !options.header_only && !options.to_postmaster;
-    if (is_path && !needs_sender) return message;
-    const OwnedEntry entry = read_entry(identifier_of(options.base), main);
-    if (!is_path) message.base = without_suffix(entry->path);
-    if (needs_sender) message.sender = *entry->sender.address ? entry->sender.address : kNobody;
-    return message;
+Message returned_message(const Options& options, Session& main) {
+    const bool needs_sender = options.sender.empty() && !options.header_only && !options.to_postmaster;
+    NamedMessage found = find_message(options.base, needs_sender, main);
+    if (!needs_sender) return {std::move(found.base), options.sender};
+    const char* const sender = found.entry->sender.address;
+    return {std::move(found.base), *sender ? sender : kNobody};
 }
 
 struct Outcome {
@@ -130,7 +117,7 @@ Exit run_bounce(Arguments arguments, Session& main) {
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
     check(options);
     connect_to_queue(main);
-    const Message message = find_message(options, main);
+    const Message message = returned_message(options, main);
     main.journal.take();
     const int result = bounce(message, options);
     if (result == kFailed) throw queue_failure(main, "the message has not been returned", Exit::temporary);

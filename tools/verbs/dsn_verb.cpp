@@ -1,4 +1,5 @@
-// vel dsn: delivery reports.
+// vel dsn: delivery reports, made and read.
+#include <array>
 #include <nlohmann/json.hpp>
 
 #include "tools/message/delivery_report.h"
@@ -6,6 +7,7 @@
 #include "tools/message/message_json.h"
 #include "tools/verbs/command_line.h"
 #include "tools/verbs/many_files.h"
+#include "tools/verbs/reporting.h"
 #include "tools/verbs/verb.h"
 
 namespace vel::command {
@@ -13,16 +15,40 @@ namespace {
 
 const std::string kFooter =
     std::string(
-        "Example:\n"
+        "Examples:\n"
+        "  printf 'The mailbox is gone.\\n' | vel dsn $(printf 'Subject: Hi\\n\\nHello\\n' | vel send - --from "
+        "jo@example.com --to ann@example.com) --subject 'Not delivered' --text - --recipient "
+        "'final=ann@example.com;action=failed;status=5.1.1'\n"
         "  printf 'From: MAILER-DAEMON@mx\\n\\nThis could not be delivered to:\\n<ann@a>: 550 5.1.1 unknown\\n' | vel "
-        "dsn "
-        "--read -\n"
+        "dsn --read -\n"
         "\n"
-        "Reads delivery reports from anywhere: those with fields for programs (RFC 3464; RFC 6533 for addresses in\n"
-        "UTF-8), and what mailers write for people where there are none: lists of addresses with reasons, transcripts\n"
-        "of sessions. A report that is forwarded is found in the message that encloses it; of nested ones the\n"
-        "outermost counts. First comes what the report is about: Message-ID and subject of the returned message, the\n"
-        "identifier of its envelope (RFC 3461); then each recipient. The verdict is one of:\n"
+        "Makes a report (RFC 3464) on a message, which is named by the identifier of its entry in the queue or by the\n"
+        "path of its file; it stays where it is. The report goes into the queue for the channel DSN: the text, what\n"
+        "is said of each recipient, and the message's header block, or with --ret full, when one has failed, all of\n"
+        "it. The sender, whom it is for, --envid, in xtext, and --ret are those of the queue's envelope where they\n"
+        "are not said. \"<>\" is nobody; such a report goes to the postmaster, and so do reports of a failure when\n"
+        "[Options] BounceToPostmaster is YES.\n"
+        "\n"
+        "The members of --recipient, with \";\" between them; original, final and remote are an ORCPT, an address and\n"
+        "a host:\n"
+        "  final=ADDRESS\n"
+        "  action=failed, delayed, delivered, relayed or expanded\n"
+        "  status=CODE                    5.1.1, as RFC 3463 has it\n"
+        "  original=[TYPE;]ADDRESS        whom the sender has addressed; without a type that of mail, rfc822\n"
+        "  remote=HOST                    who has said so\n"
+        "  diagnostic=TEXT                in its words of SMTP\n"
+        "  last-attempt=DATE              a date as vel date reads it\n"
+        "  will-retry=DATE\n"
+        "The first three are required. A value is one line of ASCII, of at most 900 bytes; a \";\" in it is its own\n"
+        "unless a NAME= follows. The exit codes are those of vel bounce.\n"
+        "\n"
+        "The JSON object: outcome (\"reported\" or \"to_postmaster\"), to (the sender, or null).\n"
+        "\n"
+        "With --read, reads delivery reports from anywhere: those with fields for programs (RFC 3464; RFC 6533 for\n"
+        "addresses in UTF-8), and what mailers write for people where there are none: lists of addresses with\n"
+        "reasons, transcripts of sessions. A report that is forwarded is found in the message that encloses it; of\n"
+        "nested ones the outermost counts. First comes what the report is about: Message-ID and subject of the\n"
+        "returned message, the identifier of its envelope (RFC 3461); then each recipient. The verdict is one of:\n"
         "  delivered\n"
         "  relayed            to a host that reports nothing\n"
         "  expanded           to the addresses of a list\n"
@@ -36,12 +62,11 @@ const std::string kFooter =
         "which tells what a reader did. Messages that the library refuses are read as vel parse reads them, with exit\n"
         "code 65.\n"
         "\n"
-        "The JSON object: file, mime, normalized, fallback, removed, messages (vel parse --help); kind (fields, for\n"
-        "programs; text, for people), part (the index that the recipients come from in vel parse; null: bytes of no\n"
-        "entity, or the header), reporting_mta, arrival_date, envelope_id, message_id, subject (text, converted),\n"
-        "recipients, left_out (how many more). A recipient: address, original (that the sender gave), verdict, "
-        "action,\n"
-        "status, reason, remote_mta, last_attempt, retry_until. What is absent is null.\n"
+        "The JSON object, with --read: file, mime, normalized, fallback, removed, messages (vel parse --help); kind\n"
+        "(fields, for programs; text, for people), part (the index that the recipients come from in vel parse; null:\n"
+        "bytes of no entity, or the header), reporting_mta, arrival_date, envelope_id, message_id, subject (text,\n"
+        "converted), recipients, left_out (how many more). A recipient: address, original (that the sender gave),\n"
+        "verdict, action, status, reason, remote_mta, last_attempt, retry_until. What is absent is null.\n"
         "\n") +
     kAboutJsonTexts;
 
@@ -59,18 +84,49 @@ Exit read_report(const std::string& file, const CommandLine& line, Session& sess
     return message.exit();
 }
 
+void declare(CommandLine& line, ReportOptions& options, bool& read) {
+    CLI::App& app = line.app();
+    line.add_files("FILE", "The message to report on; with --read, reports");
+    CLI::Option* to_read = app.add_flag("--read", read, "Tell what the reports say");
+    app.get_option("--recursive")->needs(to_read);
+    line.add_verbose();
+    app.get_option("--verbose")->needs(to_read);
+    const std::array of_making{
+        app.add_option("--subject", options.subject, "The subject of the report")->type_name("TEXT"),
+        app.add_option("--text", options.text_file, "What it says to people; \"-\" is standard input")
+            ->type_name("FILE"),
+        app.add_option("--recipient", options.recipients, "What it says of a recipient")->type_name("MEMBERS"),
+        app.add_option("--sender", options.sender, "Who sent the message, or \"<>\"")->type_name("ADDRESS"),
+        app.add_option("--envid", options.envelope_id, "What the sender calls the envelope")->type_name("ID"),
+        app.add_option("--ret", options.ret, "How much of the message is returned: full or hdrs")->type_name("WORD"),
+    };
+    for (CLI::Option* option : of_making) option->excludes(to_read);
+    line.add_json();
+}
+
+bool is_complete(const CommandLine& line, const ReportOptions& options) {
+    return line.files.size() == 1 && !options.subject.empty() && !options.text_file.empty() &&
+           !options.recipients.empty();
+}
+
 }  // namespace
 
 Exit run_dsn(Arguments arguments, Session& main) {
-    CommandLine line("dsn", "Reads delivery reports: what became of each recipient.", kFooter);
+    CommandLine line("dsn", "Makes delivery reports, and reads them: what became of each recipient.", kFooter);
+    ReportOptions options;
     bool read = false;
-    line.app().add_flag("--read", read, "Tell what the reports say")->required();
-    line.add_files();
-    line.add_json();
-    line.add_verbose();
+    declare(line, options, read);
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
-    return for_each_file(line, main,
-                         [&](const std::string& file, Session& session) { return read_report(file, line, session); });
+    if (read) {
+        return for_each_file(
+            line, main, [&](const std::string& file, Session& session) { return read_report(file, line, session); });
+    }
+    if (!is_complete(line, options)) {
+        return line.misuse("a report needs one message, --subject, --text and --recipient; --read reads reports", main);
+    }
+    options.message = line.files.front();
+    send_report(options, line.json, main);
+    return Exit::success;
 }
 
 }  // namespace vel::command

@@ -15,16 +15,6 @@ std::string_view without_carriage_return(std::string_view line) {
     return line;
 }
 
-// Has a failure name where it happened.
-template <class Read>
-void name_failures(Read&& read) {
-    try {
-        read();
-    } catch (const Failure& failure) {
-        throw Failure(failure.exit(), std::string(kStandardInput) + ": " + failure.what());
-    }
-}
-
 }  // namespace
 
 void for_each_line(int fd, const std::function<void(std::string_view)>& on_line) {
@@ -46,8 +36,9 @@ Exit for_each_text(const std::vector<std::string>& texts, const std::function<Ex
     Exit worst = Exit::success;
     for (const std::string& text : texts) {
         if (text == kStandardInput) {
-            name_failures(
-                [&] { for_each_line(STDIN_FILENO, [&](std::string_view line) { worst = worse(worst, work(line)); }); });
+            under_name(std::string(kStandardInput), [&] {
+                for_each_line(STDIN_FILENO, [&](std::string_view line) { worst = worse(worst, work(line)); });
+            });
         } else {
             worst = worse(worst, work(text));
         }
