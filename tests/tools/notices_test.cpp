@@ -1,4 +1,4 @@
-// vel dsn: what goes into the queue, and what is refused.
+// vel dsn and vel notify: what goes into the queue, and what is refused.
 #include "tests/tools/sending_place.h"
 
 namespace vel::test {
@@ -106,6 +106,31 @@ TEST_F(NoticesTest, RefusesWhatNoReportCanSay) {
     EXPECT_THAT(report(id, kFailed, {"--read"}), StartsWith("64 vel"));
     EXPECT_THAT(report(id, kFailed, {}, std::string(999, 'a')), StartsWith("65 vel: -: "));
     EXPECT_THAT(sent({"dsn", id, "--subject", "s"}, ""), StartsWith("64 vel: a report needs"));
+    EXPECT_EQ(ids().size(), 1u);
+}
+
+TEST_F(NoticesTest, NotifiesWithFilesOfTheGatewaysTypes) {
+    Arguments arguments{"notify", "--to", "Ann <ann@x.y>", "joe@x.y", "--subject", "s", "--text", "-", "--attach"};
+    arguments.push_back(file("plain.jpg", "ascii\n"));
+    arguments.push_back(file("photo.none", "\xff"));
+    arguments.push_back(file("photo.PNG", "\xff"));
+    const std::string told = sent(arguments, "text\n");
+    const std::string id = told.substr(0, told.find('\n'));
+    ASSERT_TRUE(entry(id)) << told;
+    EXPECT_EQ(entry(id)->recipientCount, 2);
+    EXPECT_STREQ(entry(id)->sender.address, "postmaster@gw.corp");
+    EXPECT_THAT(told, StartsWith(id + "\nsmtp ann@x.y: "));
+    EXPECT_THAT(told, HasSubstr("From: postmaster@gw.corp\r\nTo: Ann <ann@x.y>,"));
+    EXPECT_THAT(told, HasSubstr("text/basic; charset=\"us-ascii\"; name=\"plain.jpg\""));
+    EXPECT_THAT(told, HasSubstr("application/x-unknown; name=\"photo.none\""));
+    EXPECT_THAT(told, HasSubstr("image/png; name=\"photo.PNG\""));
+    EXPECT_THAT(told, HasSubstr("\r\n\r\n/w==\r\n"));
+
+    file("ostra.ini",
+         "[Gateway]\nQueueDirectory=" + (directory() / "queue").string() + "\n[Queue]\nMinimumFree=99999999\n");
+    EXPECT_THAT(sent(arguments, "text\n"), StartsWith("78 vel: --from "));
+    const Arguments refused{"notify", "--to", "a@x.y", "--subject", "s", "--text", "-", "--from", "joe@x.y"};
+    EXPECT_THAT(sent(refused, "text\n"), StartsWith("75 vel: the queue has not taken the message"));
     EXPECT_EQ(ids().size(), 1u);
 }
 

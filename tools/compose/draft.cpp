@@ -170,13 +170,6 @@ void add_field(Draft& draft, const std::string& line) {
 ResultFile build_message(const Draft& draft, Session& session, Scratch& scratch) {
     const AsGiven as_given;
     const Heading heading(draft);
-    const auto under_name = [](const std::string& name, auto&& work) {
-        try {
-            return work();
-        } catch (const Failure& failure) {
-            throw Failure(failure.exit(), name + ": " + failure.what());
-        }
-    };
     const auto text = [&](bool enclosed) {
         const std::string file = draft.text.value_or(kEmptyFile);
         return under_name(file, [&] { return text_part(file, draft.charset, enclosed, session); });
@@ -185,7 +178,7 @@ ResultFile build_message(const Draft& draft, Session& session, Scratch& scratch)
     Multipart multipart(session.scratch);
     if (draft.text) multipart.add(text(true));
     for (const std::string& file : draft.attachments) {
-        multipart.add(under_name(file, [&] { return attached_part(file, session); }));
+        multipart.add(under_name(file, [&] { return attached_part(file, draft.type_of, session); }));
     }
     return multipart.build(heading, scratch);
 }

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/compose/file_type.h"
 #include "tools/compose/mailbox.h"
 #include "tools/io/library_owned.h"
 #include "tools/io/session.h"
@@ -20,7 +21,8 @@ struct Draft {
     std::optional<std::string> text;  // a file; "-" is standard input, here and below
     std::string charset;              // of the text, see text_part
     std::vector<std::string> attachments;
-    bool names_bcc = true;  // in a line of the message
+    TypeOfFile type_of = type_of_file;  // of an attachment
+    bool names_bcc = true;              // in a line of the message
 };
 
 // Adds a header line that the user has given. Throws Failure (usage) for what is none, and for a field that the

@@ -2,6 +2,7 @@
 #ifndef VEL_TOOLS_COMPOSE_FILE_TYPE_H
 #define VEL_TOOLS_COMPOSE_FILE_TYPE_H
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -21,6 +22,9 @@ constexpr FileType kMessageType{"message", "rfc822"};
 // By the name's extension, unless the content contradicts; by the content where that says nothing. A text is one only
 // when it is UTF-8, a message only when its header block is one. Throws Failure.
 FileType type_of_file(const std::string& path, std::string_view name, const ContentFacts& facts);
+
+// It, or what picks types otherwise; the texts stay where they are until the message is built.
+using TypeOfFile = std::function<FileType(const std::string& path, std::string_view name, const ContentFacts& facts)>;
 
 }  // namespace vel::command
 

@@ -88,13 +88,13 @@ Part text_part(const std::string& file, const std::string& charset, bool enclose
     return part;
 }
 
-Part attached_part(const std::string& file, Session& session) {
+Part attached_part(const std::string& file, const TypeOfFile& type_of, Session& session) {
     Input body = open_as_it_stands(file, session);
     const std::string name = name_of_file(file);
     const ContentFacts facts = facts_of(body.path);
-    const FileType type = type_of_file(body.path, name, facts);
+    const FileType type = type_of(body.path, name, facts);
     Part part{std::move(body), type, {}, k7bit};
-    if (part.type.type == "text") part.parameters.push_back(quoted("charset", charset_of(facts)));
+    if (part.type.type == "text" && facts.is_text) part.parameters.push_back(quoted("charset", charset_of(facts)));
     if (!name.empty()) part.parameters.push_back(quoted("name", parameter_words(name)));
     if (part.type == kMessageType && encloses(part.body, session)) return part;
     if (part.type == kMessageType) part.type = kBinaryType;

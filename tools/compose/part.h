@@ -32,7 +32,7 @@ Part text_part(const std::string& file, const std::string& charset, bool enclose
 
 // A file as it stands, for a multipart, under its name; but the lines of a message (message/rfc822) end in CR LF.
 // Throws Failure.
-Part attached_part(const std::string& file, Session& session);
+Part attached_part(const std::string& file, const TypeOfFile& type_of, Session& session);
 
 }  // namespace vel::command
 

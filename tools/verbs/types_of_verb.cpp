@@ -1,10 +1,9 @@
 // vel types of: as what a file would be sent.
-#include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "tools/io/blocks.h"
 #include "tools/io/table.h"
 #include "tools/text/text_forms.h"
+#include "tools/types/gateway_type.h"
 #include "tools/types/table.h"
 #include "tools/verbs/command_line.h"
 #include "tools/verbs/types_verbs.h"
@@ -18,7 +17,8 @@ const std::string kFooter =
         "  vel types of photo.JPG letter.doc\n"
         "\n"
         "What a file's extension stands for in the table, and as what a message that the gateway makes by itself has\n"
-        "it attached: a file of ASCII alone as text/basic in 7bit, whatever its name; any other by its extension,\n"
+        "it attached (vel notify): a file of ASCII alone as text/basic in 7bit, whatever its name; any other by its "
+        "extension,\n"
         "which is at most 9 bytes behind the last dot; or as application/x-unknown in base64. The exit code is 66\n"
         "when a file cannot be read.\n"
         "\n"
@@ -26,25 +26,6 @@ const std::string kFooter =
         "encoding. What is absent is null.\n"
         "\n") +
     kAboutJsonTexts;
-
-constexpr std::size_t kLongestExtension = sizeof MagicRecord::extension - 1;
-
-// As messages are made; empty when there is none.
-std::string extension_of(const std::string& path) {
-    const std::size_t dot = path.rfind('.');
-    if (dot == std::string::npos) return {};
-    const std::string extension = path.substr(dot + 1, kLongestExtension);
-    return extension.substr(0, extension.find(' '));
-}
-
-bool is_ascii(const std::string& path) {
-    bool ascii = true;
-    const Descriptor file = open_for_reading(path);
-    for_each_block(file.get(), [&](std::string_view block) {
-        return ascii = std::all_of(block.begin(), block.end(), [](char c) { return c >= 0; });
-    });
-    return ascii;
-}
 
 struct Verdict {
     std::string file;
@@ -56,10 +37,9 @@ struct Verdict {
 };
 
 Verdict verdict_on(const std::string& file) {
-    Verdict verdict{file, extension_of(file), is_ascii(file), "", "application/x-unknown", "base64"};
-    MagicRecord record;
-    if (!verdict.extension.empty() && GetMagicFromExtension(verdict.extension.c_str(), &record) == 0) {
-        const TypeRow row = row_of(record);
+    Verdict verdict{file, looked_up_extension(file), is_ascii_file(file), "", "application/x-unknown", "base64"};
+    if (const auto record = type_by_extension(file)) {
+        const TypeRow row = row_of(*record);
         verdict.type = verdict.sent_as = row.type + "/" + row.subtype;
         verdict.encoding = row.encoding;
     }

@@ -16,6 +16,7 @@ constexpr std::array kVerbs{
     Verb{"split", "cut a mailbox into messages", run_split},
     Verb{"build", "build a message from a text and files", run_build},
     Verb{"send", "put a message into the queue", run_send},
+    Verb{"notify", "send a message of the gateway's own: a text and files", run_notify},
     Verb{"bounce", "return a message to its sender", run_bounce},
     Verb{"dsn", "make a delivery report, and read one: what became of each recipient", run_dsn},
     Verb{"encode", "write a file in base64, quoted-printable, uuencode or BinHex", run_encode},

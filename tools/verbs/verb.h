@@ -68,6 +68,7 @@ Exit run_address(Arguments arguments, Session& main);
 Exit run_date(Arguments arguments, Session& main);
 Exit run_init(Arguments arguments, Session& main);
 Exit run_config(Arguments arguments, Session& main);
+Exit run_notify(Arguments arguments, Session& main);
 Exit run_log(Arguments arguments, Session& main);
 Exit run_queue(Arguments arguments, Session& main);
 Exit run_types(Arguments arguments, Session& main);
