@@ -113,19 +113,19 @@ class Worker {
     }
 
     // The notice is in the queue before the recipients go: a crash in between makes a second one, never none.
-    void fail_for_good(const MQEntry& entry, const Fate& fate) {
-        if (!has_reader(entry)) return hold(entry, fate.reason);
+    void fail_for_good(const MQEntry& entry, const Ending& ending) {
+        if (!has_reader(entry)) return hold(entry, ending.reason);
         if (!extend(entry)) return complain(entry, "the claim was lost: another may try once more");
-        const std::string trouble = trouble_in_telling(entry, fate);
-        if (!trouble.empty()) return keep(entry, fate.reason + "; " + trouble);
+        const std::string trouble = trouble_in_telling(entry, ending);
+        if (!trouble.empty()) return keep(entry, ending.reason + "; " + trouble);
         record(entry, run_.counts.failed,
-               [&] { return MQFail(consumer_.get(), entry.id, MQ_ALL, fate.reason.c_str()); });
+               [&] { return MQFail(consumer_.get(), entry.id, MQ_ALL, ending.reason.c_str()); });
     }
 
     // Empty when the sender has been told, or does not want to be.
-    static std::string trouble_in_telling(const MQEntry& entry, const Fate& fate) {
+    static std::string trouble_in_telling(const MQEntry& entry, const Ending& ending) {
         try {
-            tell_sender(entry, fate);
+            tell_sender(entry, ending);
             return {};
         } catch (const std::exception& failure) {
             return failure.what();

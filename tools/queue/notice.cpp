@@ -21,7 +21,7 @@ constexpr std::string_view kNoticeChannel = "DSN";
 constexpr std::string_view kSuffix = ".msg";
 constexpr std::size_t kLongestText = 900;  // a line has 998, with what stands before it (RFC 5322 section 2.1.1)
 
-// How a fate is told, and to whom.
+// How a ending is told, and to whom.
 struct Wording {
     int32_t wish;
     const char* action;
@@ -61,11 +61,11 @@ std::string line_of(std::string_view text) {
 std::string without_xtext(const char* text) { return line_of(without_hex_escapes(text, '+')); }
 
 // Addresses, each with the reason.
-std::vector<std::string> lines_about(const Recipients& recipients, const Fate& fate) {
+std::vector<std::string> lines_about(const Recipients& recipients, const Ending& ending) {
     std::vector<std::string> lines;
     for (const MQRecipient* recipient : recipients) {
         lines.push_back(std::string("  ").append(line_of(recipient->address)));
-        if (!fate.is_delivered) lines.push_back(std::string("    ").append(line_of(fate.reason)));
+        if (!ending.is_delivered) lines.push_back(std::string("    ").append(line_of(ending.reason)));
     }
     lines.emplace_back();
     return lines;
@@ -78,22 +78,22 @@ struct StatusField : PerRecipField {
     ~StatusField() { CleanPerRecipField(this); }
 };
 
-void fill(StatusField& field, const MQRecipient& recipient, const char* action, const Fate& fate) {
+void fill(StatusField& field, const MQRecipient& recipient, const char* action, const Ending& ending) {
     const std::string original = without_xtext(recipient.originalRecipient);
-    const std::string address = line_of(recipient.address), reason = line_of(fate.reason);
+    const std::string address = line_of(recipient.address), reason = line_of(ending.reason);
     constexpr int64_t kLastTime = std::numeric_limits<int32_t>::max();
     const auto now = static_cast<int32_t>(std::min(now_in_microseconds() / kMicroseconds, kLastTime));
-    if (AssignPerRecipField(&field, original.c_str(), address.c_str(), action, fate.status, "", reason.c_str(), now,
+    if (AssignPerRecipField(&field, original.c_str(), address.c_str(), action, ending.status, "", reason.c_str(), now,
                             0) != 0)
         throw std::bad_alloc();
 }
 
 class StatusFields {
   public:
-    StatusFields(const Recipients& recipients, const char* action, const Fate& fate)
+    StatusFields(const Recipients& recipients, const char* action, const Ending& ending)
         : fields_(recipients.size()), nodes_(recipients.size()) {
         for (std::size_t i = 0; i < nodes_.size(); ++i) {
-            fill(fields_[i], *recipients[i], action, fate);
+            fill(fields_[i], *recipients[i], action, ending);
             nodes_[i] = {&fields_[i], i + 1 < nodes_.size() ? &nodes_[i + 1] : nullptr};
         }
     }
@@ -112,20 +112,20 @@ std::string base_of(const MQEntry& entry) {
 
 // Both of these return 0 when the queue has taken the notice.
 
-int report(const MQEntry& entry, const Recipients& recipients, const Wording& wording, const Fate& fate) {
+int report(const MQEntry& entry, const Recipients& recipients, const Wording& wording, const Ending& ending) {
     const std::string envelope_id = without_xtext(entry.sender.envelopeId);
     const DSNEnvelope envelope{entry.sender.address, envelope_id.c_str(), entry.sender.returnType, 0,
                                static_cast<std::time_t>(entry.arrival / kMicroseconds)};
-    std::vector<std::string> lines = lines_about(recipients, fate);
+    std::vector<std::string> lines = lines_about(recipients, ending);
     lines.insert(lines.begin(), {wording.heading, ""});
     for (std::string& line : lines) line.append("\r\n");
-    const StatusFields fields(recipients, wording.action, fate);
+    const StatusFields fields(recipients, wording.action, ending);
     return GenerateDSNMessage(base_of(entry).c_str(), &envelope, wording.subject, TextChain(std::move(lines)).get(),
                               fields.get());
 }
 
-int bounce(const MQEntry& entry, const Recipients& recipients, const Fate& fate) {
-    const TextChain reasons(lines_about(recipients, fate));
+int bounce(const MQEntry& entry, const Recipients& recipients, const Ending& ending) {
+    const TextChain reasons(lines_about(recipients, ending));
     return BounceMimeMessage(base_of(entry).c_str(), &entry.sender, reasons.get(), 0, nullptr);
 }
 
@@ -137,14 +137,14 @@ bool has_reader(const MQEntry& entry) {
     return !sender.empty() && sender != kNobody && is_line && entry.channel != kNoticeChannel;
 }
 
-void tell_sender(const MQEntry& entry, const Fate& fate) {
-    const Wording& wording = fate.is_delivered ? kDelivered : kFailed;
+void tell_sender(const MQEntry& entry, const Ending& ending) {
+    const Wording& wording = ending.is_delivered ? kDelivered : kFailed;
     const Recipients recipients = those_who_wish(entry, wording.wish);
     if (recipients.empty()) return;
     Journal journal;
     journal.share();
     const bool is_report = asks_for_reports(entry.sender, recipients);
-    const int result = is_report ? report(entry, recipients, wording, fate) : bounce(entry, recipients, fate);
+    const int result = is_report ? report(entry, recipients, wording, ending) : bounce(entry, recipients, ending);
     if (result != 0) throw queue_failure(journal, "the sender has not been told", Exit::temporary);
 }
 

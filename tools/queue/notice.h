@@ -9,7 +9,7 @@
 namespace vel::command {
 
 // What has become of recipients, for good.
-struct Fate {
+struct Ending {
     bool is_delivered;
     const char* status;  // RFC 3463
     std::string reason;  // why it is not
@@ -23,7 +23,7 @@ bool has_reader(const MQEntry& entry);
 // this: without NOTIFY he wants to hear of failures (RFC 3461 section 4.1). It is a report when the envelope has any of
 // NOTIFY, ORCPT, ENVID and RET, else a bounce. The notice, if there is one, is in the queue when the call returns.
 // Throws Failure.
-void tell_sender(const MQEntry& entry, const Fate& fate);
+void tell_sender(const MQEntry& entry, const Ending& ending);
 
 }  // namespace vel::command
 
