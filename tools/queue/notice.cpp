@@ -21,7 +21,7 @@ constexpr std::string_view kNoticeChannel = "DSN";
 constexpr std::string_view kSuffix = ".msg";
 constexpr std::size_t kLongestText = 900;  // a line has 998, with what stands before it (RFC 5322 section 2.1.1)
 
-// How a ending is told, and to whom.
+// How an ending is told, and to whom.
 struct Wording {
     int32_t wish;
     const char* action;
