@@ -39,7 +39,7 @@ std::string content(const std::string& path) {
 extern "C" {
 
 MQContext* CreateMQEntry(void) {
-    const vel::test::Fed fed;
+    const vel::test::PlentyOfMemory plenty;
     if (!vel::test::queue->call("create")) return nullptr;
     std::ofstream(vel::test::queue->base + ".msg");
     std::ofstream(vel::test::queue->base + ".lck");
@@ -48,25 +48,25 @@ MQContext* CreateMQEntry(void) {
 }
 
 const char* GetMQPathName(MQContext* context, const char* extension) {
-    const vel::test::Fed fed;
+    const vel::test::PlentyOfMemory plenty;
     if (!context || !vel::test::queue->call("path")) return nullptr;
     context->path = context->base + extension;
     return context->path.c_str();
 }
 
 unsigned char InsertMQChannel(MQContext*, const char* channel, int priority) {
-    const vel::test::Fed fed;
+    const vel::test::PlentyOfMemory plenty;
     return vel::test::queue->call("insert " + std::string(channel) + " " + std::to_string(priority));
 }
 
 unsigned char PutMQEnvelope(MQContext*, stEnvelope* envelope) {
-    const vel::test::Fed fed;
+    const vel::test::PlentyOfMemory plenty;
     vel::test::queue->envelope = vel::test::text_of(*envelope);
     return vel::test::queue->call("put");
 }
 
 unsigned char CloseMQEntry(MQContext*) {
-    const vel::test::Fed fed;
+    const vel::test::PlentyOfMemory plenty;
     vel::test::Queue& queue = *vel::test::queue;
     if (!queue.call("close")) return 0;
     queue.messages.push_back(vel::test::content(queue.base + ".msg"));
@@ -75,7 +75,7 @@ unsigned char CloseMQEntry(MQContext*) {
 }
 
 unsigned char DiscardMQEntry(MQContext*) {
-    const vel::test::Fed fed;
+    const vel::test::PlentyOfMemory plenty;
     return vel::test::queue->call("discard");
 }
 

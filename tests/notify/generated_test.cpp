@@ -13,7 +13,7 @@ std::string asked;  // the extensions that were looked up, each with a blank beh
 
 // The table of types, in which ".pic" has a type and ".odd" one without an encoding.
 extern "C" int GetMagicFromExtension(const char* extension, MagicRecord* record) {
-    const vel::test::Fed fed;
+    const vel::test::PlentyOfMemory plenty;
     asked.append(extension).append(" ");
     const bool is_odd = std::strcmp(extension, "odd") == 0;
     if (!is_odd && std::strcmp(extension, "pic") != 0) return -1;

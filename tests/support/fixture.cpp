@@ -96,7 +96,7 @@ std::vector<std::string> VelTest::take_log(int level) {
 }
 
 void VelTest::capture(void* self, int level, const char* application, const char* text) {
-    const Fed fed;
+    const PlentyOfMemory plenty;
     static_cast<VelTest*>(self)->log_.push_back({level, application, text});
 }
 

@@ -29,12 +29,12 @@ class Starved {
 };
 
 // While it lives, there is memory again: for what a test does itself meanwhile.
-class Fed {
+class PlentyOfMemory {
   public:
-    Fed() = default;
-    Fed(const Fed&) = delete;
-    Fed& operator=(const Fed&) = delete;
-    ~Fed() { memory = before_; }
+    PlentyOfMemory() = default;
+    PlentyOfMemory(const PlentyOfMemory&) = delete;
+    PlentyOfMemory& operator=(const PlentyOfMemory&) = delete;
+    ~PlentyOfMemory() { memory = before_; }
 
   private:
     Memory before_ = std::exchange(memory, {});
