@@ -38,7 +38,7 @@ class Words : public diaRel {
     }
 
   private:
-    void set(const std::string& word) { std::snprintf(word_, sizeof word_, "%s", word.c_str()); }
+    void set(const std::string& word) { word_[word.copy(word_, sizeof word_ - 1)] = 0; }
     char word_[8] = {};
 };
 
