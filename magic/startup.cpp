@@ -2,8 +2,10 @@
 #include <pthread.h>
 #include <unistd.h>
 
+#include <array>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "frame/at_boundary.h"
 #include "frame/log.h"
@@ -17,21 +19,22 @@ std::unique_ptr<magicdb> magicDb;
 pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
 
 constexpr Setting<4095> kInstallDirectory{"Config", "InstallDirectory", ""};
+constexpr std::array kFiles{"/magicdb.db", "/magicdb.id0"};
 constexpr const char* kLogName = "Libmagic";
 
 bool needs_seeds(const magicdb& table) { return table.status() == DIA_MISSING || table.status() == DIA_LAYOUT; }
 
 // Two processes may start at once: only under the lock it is certain that nobody has put another table there. Without
-// seeds everything stays where it is.
+// seeds everything stays where it is; otherwise closing the table makes room for them.
 void put_seeds(magicdb& table, const std::string& install, const std::string& queue) {
     const RelationHeld held(table);
     if (held.status() != DIA_OK || !needs_seeds(table)) return;
-    const std::string records = install + "/srcdb/magicdb.db";
-    const std::string identity = install + "/srcdb/magicdb.id0";
-    if (::access(records.c_str(), R_OK) != 0 || ::access(identity.c_str(), R_OK) != 0) return;
-    if (table.set_aside() != DIA_OK) return;
-    CopyFile(records.c_str(), (queue + "/magicdb.db").c_str(), 0);
-    CopyFile(identity.c_str(), (queue + "/magicdb.id0").c_str(), 0);
+    const auto seed = [&](const char* file) { return install + "/srcdb" + file; };
+    for (const char* file : kFiles) {
+        if (::access(seed(file).c_str(), R_OK) != 0) return;
+    }
+    if (table.close() != DIA_OK) return;
+    for (const char* file : kFiles) CopyFile(seed(file).c_str(), (queue + file).c_str(), 0);
     table.open();
 }
 
@@ -40,9 +43,9 @@ void open_table() {
     const auto install = read(kInstallDirectory, kIniFile);
     magicDb.reset();
     magicDiamondBase = std::make_unique<diamondBase>(queue.data());
-    magicDb = std::make_unique<magicdb>(*magicDiamondBase);
-    if (needs_seeds(*magicDb)) put_seeds(*magicDb, install.data(), queue.data());
-    if (magicDb->status() != DIA_OK) magicDb.reset();
+    auto table = std::make_unique<magicdb>(*magicDiamondBase);
+    if (needs_seeds(*table)) put_seeds(*table, install.data(), queue.data());
+    if (table->status() == DIA_OK) magicDb = std::move(table);
 }
 
 }  // namespace

@@ -45,7 +45,7 @@ VEL_API int GetTypeCreatorfromDosExt(const char* extension, char* typeCreator);
 /* ---- Start and end --------------------------------------------------------------------------- */
 
 /* Opens the table for the maintenance calls. When it is missing, damaged or of another layout (the database's statuses
-   3 and 22), what is there is set aside and "srcdb/magicdb.db" and "srcdb/magicdb.id0" below the install directory are
+   3 and 22), what is there is renamed and "srcdb/magicdb.db" and "srcdb/magicdb.id0" below the install directory are
    copied to its place with CopyFile, which sets the process's umask. Logs as "Libmagic" "magic db opened" at level 6,
    or "magic db not opened" at level 1. Another call opens it anew. Returns the result of initialising the mutex that
    the maintenance calls take, 0 as a rule, also when the table is not open. One thread, as start-up. */

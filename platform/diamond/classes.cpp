@@ -69,7 +69,6 @@ int diaRel::next() { return State::run(state_.get(), "next", &vel::Relation::nex
 int diaRel::add() { return State::run(state_.get(), "add", &vel::Relation::add); }
 int diaRel::del() { return State::run(state_.get(), "del", &vel::Relation::del); }
 int diaRel::put() { return State::run(state_.get(), "put", &vel::Relation::put); }
-int diaRel::set_aside() { return State::run(state_.get(), "set_aside", &vel::Relation::set_aside); }
 int diaRel::create() { return State::run(state_.get(), "create", &vel::Relation::create); }
 int diaRel::hold() { return State::run(state_.get(), "hold", &vel::Relation::hold); }
 int diaRel::keep() { return State::run(state_.get(), "keep", &vel::Relation::keep); }

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <exception>
 
 #include "platform/diamond/checked_files.h"
 #include "platform/diamond/report.h"
@@ -56,6 +55,7 @@ void Relation::let_go() {
     changes_.reset();
     database_.reset();
     at_record_ = false;
+    stamp_ = {};
 }
 
 int Relation::look() {
@@ -101,25 +101,28 @@ int Relation::open() {
     return status_;
 }
 
+// A caller closes what it cannot use to put another relation there. Who has no lock must not move anything: another
+// may be about to do the same.
 int Relation::close() {
+    const bool makes_room = is_locked() && (status_ == DIA_MISSING || status_ == DIA_LAYOUT);
     let_go();
-    status_ = DIA_MISSING;
-    stamp_ = {};
+    status_ = DIA_CLOSED;
+    if (makes_room) files_.set_aside();
     return DIA_OK;
 }
 
 // What has become of the files shows in their stamps: others may have put another relation in the place of this one.
 int Relation::lock() {
     if (is_locked()) return DIA_OK;
-    if (!files_.has_directory()) return status_ = DIA_MISSING;
-    const bool was_open = database_ && process_ == ::getpid();
-    status_ = DIA_FAILED;  // should something throw
-    lock_ = std::make_unique<RelationLock>(files_.lock());
-    try {
-        status_ = was_open && files_.stamp() == stamp_ ? DIA_OK : look();
-    } catch (const std::exception& error) {
-        report("lock", error.what());
+    const int before = std::exchange(status_, int{DIA_FAILED});  // should something throw
+    if (!files_.has_directory()) {
+        let_go();
+        return status_ = DIA_MISSING;
     }
+    const bool is_known = process_ == ::getpid() && before != DIA_FAILED && before != DIA_CLOSED;
+    auto lock = std::make_unique<RelationLock>(files_.lock());
+    status_ = is_known && files_.stamp() == stamp_ ? before : look();
+    lock_ = std::move(lock);
     return DIA_OK;
 }
 
@@ -128,7 +131,7 @@ int Relation::unlock() {
     const auto lock = std::move(lock_);
     walk_.reset();
     changes_.reset();
-    stamp_ = files_.stamp();
+    if (database_) stamp_ = files_.stamp();
     return DIA_OK;
 }
 
@@ -195,17 +198,11 @@ int Relation::put() {
     return (query.bind_bytes(bytes()) << position_).run() > 0 ? DIA_OK : DIA_NO_RECORD;
 }
 
-int Relation::set_aside() {
-    if (!is_locked()) return DIA_NOT_LOCKED;
-    close();
-    files_.set_aside();
-    return DIA_OK;
-}
-
 // SQLite keeps the file's mode for its journals.
 int Relation::create() {
     if (!is_locked()) return DIA_NOT_LOCKED;
-    close();
+    let_go();
+    status_ = DIA_CLOSED;
     const std::string path = files_.records();
     Descriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kFileMode));
     if (!file) throw Failure::of_system("cannot make", path);

@@ -42,7 +42,6 @@ class Relation {
     int del();
     int put();
 
-    int set_aside();
     int create();
 
     int hold();
@@ -72,8 +71,8 @@ class Relation {
     std::unique_ptr<Walk> walk_;
 
     pid_t process_ = 0;           // that opened the files
-    RelationFiles::Stamp stamp_;  // of the files as this object left them
-    int status_ = DIA_MISSING;
+    RelationFiles::Stamp stamp_;  // of the files as this object found or left them
+    int status_ = DIA_CLOSED;
     int64_t position_ = 0;  // the number of the record that was met last
     bool at_record_ = false;
 };

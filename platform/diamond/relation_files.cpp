@@ -17,7 +17,10 @@ namespace {
 constexpr mode_t kFileMode = 0660;
 
 // A table that is damaged over and over again must not fill the directory.
-constexpr int kMostSetAside = 1000;
+constexpr int kMostSetAside = 100;
+
+// Larger tables are set aside without a look at whether they have been before.
+constexpr std::size_t kLargestCompared = 16 * 1024 * 1024;
 
 // An identity is one short line.
 constexpr std::size_t kLongestIdentity = 256;
@@ -37,6 +40,14 @@ struct Part {
 };
 constexpr std::array kParts{Part{".db", ""}, Part{".db", "-journal"}, Part{".db", "-wal"}, Part{".db", "-shm"},
                             Part{".id0", ""}};
+constexpr int kInUse = 0;
+
+// The name of a part in the set of files that is in use, or in one that was set aside.
+std::string name_of(const std::string& stem, const Part& part, int number) {
+    std::string name = stem + part.ending;
+    if (number != kInUse) name.append(".").append(std::to_string(number));
+    return name += part.companion;
+}
 
 int32_t number_at(std::string_view header, std::size_t at) {
     uint32_t number = 0;
@@ -77,6 +88,15 @@ bool is_there(const std::string& path) {
     return ::lstat(path.c_str(), &status) == 0;
 }
 
+// Whether two files, not two names of one, hold the same bytes.
+bool are_alike(const std::string& path, const std::string& other) {
+    const auto stamp = stamp_of(path.c_str());
+    const auto others = stamp_of(other.c_str());
+    if (!stamp || !others || stamp->size != others->size || stamp == others) return false;
+    const auto bytes = read_whole(open_regular(path.c_str()).get(), kLargestCompared);
+    return bytes && bytes == read_whole(open_regular(other.c_str()).get(), kLargestCompared);
+}
+
 }  // namespace
 
 RelationFiles::RelationFiles(const std::string& directory, std::string name, std::string_view layout, std::size_t size)
@@ -110,10 +130,11 @@ RelationFiles::Stamp RelationFiles::stamp() const {
 void RelationFiles::set_aside() const {
     int number = 1;
     while (number <= kMostSetAside && !is_free(number)) ++number;
+    if (number > 1 && is_kept(number - 1)) --number;
     if (number > kMostSetAside) throw Failure("too much was set aside: " + records() + ".*");
     for (const Part& part : kParts) {
-        const std::string path = stem_ + part.ending + part.companion;
-        const std::string aside = stem_ + part.ending + "." + std::to_string(number) + part.companion;
+        const std::string path = name_of(stem_, part, kInUse);
+        const std::string aside = name_of(stem_, part, number);
         if (::rename(path.c_str(), aside.c_str()) != 0 && errno != ENOENT) {
             throw Failure::of_system("cannot set aside", path);
         }
@@ -122,8 +143,15 @@ void RelationFiles::set_aside() const {
 }
 
 bool RelationFiles::is_free(int number) const {
-    return std::none_of(kParts.begin(), kParts.end(), [&](const Part& part) {
-        return is_there(stem_ + part.ending + "." + std::to_string(number) + part.companion);
+    return std::none_of(kParts.begin(), kParts.end(),
+                        [&](const Part& part) { return is_there(name_of(stem_, part, number)); });
+}
+
+bool RelationFiles::is_kept(int number) const {
+    return std::all_of(kParts.begin(), kParts.end(), [&](const Part& part) {
+        const std::string path = name_of(stem_, part, kInUse);
+        const std::string aside = name_of(stem_, part, number);
+        return are_alike(path, aside) || !(is_there(path) || is_there(aside));
     });
 }
 

@@ -26,6 +26,7 @@ enum {
     DIA_MISSING = 3,    /* NAME.db is missing, torn or something else */
     DIA_FAILED = 4,     /* a system call or the database failed */
     DIA_NOT_LOCKED = 5, /* the relation has to be locked for this */
+    DIA_CLOSED = 6,     /* close() has closed it */
     DIA_LAYOUT = 22     /* NAME.id0 is missing, or tells of another layout */
 };
 
@@ -58,18 +59,21 @@ class diaRel {
     diaRel(const diaRel&) = delete;
     diaRel& operator=(const diaRel&) = delete;
 
-    /* Whether the relation can be used: 0, DIA_MISSING, DIA_LAYOUT, or DIA_FAILED. It is what was found when the
-       relation was opened or locked last. */
+    /* Whether the relation can be used: 0, DIA_MISSING, DIA_LAYOUT, DIA_FAILED or DIA_CLOSED. It is what was found
+       when the relation was opened or locked last. */
     VEL_API int status() const;
 
     /* Closes the files and looks at them again. Returns status(). */
     VEL_API int open();
-    /* Closes the files; a lock stays. status() is DIA_MISSING from then on. Returns 0. */
+    /* Closes the files; a lock stays. The next lock() or open() looks at them again. Where a locked relation was found
+       to be DIA_MISSING or DIA_LAYOUT, what is there is renamed, with a number behind (NAME.db.1, NAME.id0.1), so that
+       another relation can be put in its place and no record is lost; what was renamed so before, byte for byte, is
+       not kept twice. Returns 0; otherwise nothing may be put there. */
     VEL_API int close();
 
     /* Waits until no other object has the relation locked, in any thread or process, and locks it. What others have
-       changed or replaced meanwhile is seen from here on. It succeeds on a relation that cannot be used, too, so that
-       one can be put in its place. A second object on the relation must not be locked by the same thread.
+       changed or replaced meanwhile is seen from here on. It succeeds where the relation is DIA_MISSING or
+       DIA_LAYOUT, too, so that one can be put in its place. A second object on the relation must not be locked by the same thread.
        Locking again does nothing. Returns 0; DIA_MISSING when there is no such directory; DIA_FAILED. */
     VEL_API int lock();
     /* Gives the lock up. Returns 0, or DIA_NOT_LOCKED. */
@@ -94,11 +98,6 @@ class diaRel {
     VEL_API int add();
     VEL_API int del();
     VEL_API int put();
-
-    /* Moves what is there aside, under names with a number behind (NAME.db.1, NAME.id0.1), so that another relation
-       can be put in its place and no record is lost. The relation has to be locked. Returns 0; otherwise nothing may
-       be put there. */
-    VEL_API int set_aside();
 
     /* What follows is the local library's own. libvel does not call it.
 
