@@ -24,8 +24,9 @@ constexpr const char* kSettings =
 // A walk reads all of a table: larger pages make fewer system calls of it.
 constexpr const char* kPageSize = "PRAGMA page_size = 8192";
 
-constexpr const char* kTable = "CREATE TABLE records (id INTEGER PRIMARY KEY, record BLOB NOT NULL)";
-constexpr const char* kSchema = "SELECT group_concat(sql, ';') FROM sqlite_schema";
+// A number is given to one record only: who stands on one that another has removed must not meet the next one under it.
+constexpr const char* kTable = "CREATE TABLE records (id INTEGER PRIMARY KEY AUTOINCREMENT, record BLOB NOT NULL)";
+constexpr const char* kSchema = "SELECT group_concat(sql, ';') FROM sqlite_schema WHERE name <> 'sqlite_sequence'";
 
 }  // namespace
 
@@ -135,7 +136,11 @@ int Relation::unlock() {
     return DIA_OK;
 }
 
-int Relation::ready() const { return is_locked() ? status_ : DIA_NOT_LOCKED; }
+// SQLite undoes a transaction by itself when memory or the disk runs out: what followed would not be a part of it.
+int Relation::ready() const {
+    if (!is_locked()) return DIA_NOT_LOCKED;
+    return changes_ && !database_->busy() ? int{DIA_FAILED} : status_;
+}
 
 int Relation::begin() {
     walk_.reset();
@@ -154,18 +159,18 @@ int Relation::first() {
     return next();
 }
 
+// A walk that fails is given up: SQLite would begin it anew, the next one goes on behind the position.
 int Relation::next() {
     if (const int status = ready()) return status;
-    if (!walk_) walk_ = std::make_unique<Walk>(*database_, position_);
-    at_record_ = walk_->records.next();
-    if (!at_record_) {
-        walk_.reset();
-        return DIA_END;
-    }
+    at_record_ = false;
+    auto walk = walk_ ? std::move(walk_) : std::make_unique<Walk>(*database_, position_);
+    if (!walk->records.next()) return DIA_END;
     std::string_view found;
-    walk_->records >> position_ >> found;
+    walk->records >> position_ >> found;
     if (found.size() != record_.size()) throw Failure(files_.records() + " has a record of another size");
     std::copy(found.begin(), found.end(), record_.begin());
+    walk_ = std::move(walk);
+    at_record_ = true;
     return DIA_OK;
 }
 

@@ -130,6 +130,21 @@ TEST_F(Diamond, survives_a_full_disk) {
     EXPECT_THAT(take_log(), Not(IsEmpty()));
 }
 
+// SQLite gives up a large group by itself when the disk is full; what follows must not be made without the rest.
+TEST_F(Diamond, keeps_nothing_of_a_group_that_the_disk_has_no_room_for) {
+    magicdb table(base_);
+    EXPECT_EQ(table.lock() + table.create() + table.hold(), DIA_OK);
+    {
+        const SmallDisk disk(1'500'000);
+        while (table.add() == DIA_OK) continue;
+    }
+    EXPECT_EQ(table.add(), DIA_FAILED);
+    EXPECT_EQ(table.keep(), DIA_FAILED);
+    EXPECT_EQ(table.drop(), DIA_OK);
+    EXPECT_EQ(table.first(), DIA_END);
+    EXPECT_EQ(table.add(), DIA_OK);
+}
+
 // Wherever memory ends, for us or for SQLite: what succeeded in a group of changes that is kept stays, and nothing else.
 TEST_F(Diamond, survives_a_lack_of_memory) {
     made({});

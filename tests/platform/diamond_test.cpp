@@ -75,6 +75,22 @@ TEST_F(Diamond, follows_what_another_object_puts_in_its_place) {
     EXPECT_EQ(relation->all(), "new ");
 }
 
+TEST_F(Diamond, does_not_take_a_new_record_for_one_that_is_gone) {
+    const auto relation = made({"one", "two"});
+    relation->unlock();
+    {
+        Words other(base_);
+        other.lock();
+        other.first();
+        other.next();
+        EXPECT_EQ(other.del() + other.add("three"), DIA_OK);
+    }
+    relation->lock();
+    EXPECT_EQ(relation->put("lost"), DIA_NO_RECORD);
+    EXPECT_EQ(relation->next(), DIA_OK);
+    EXPECT_EQ(relation->word(), "three");
+}
+
 // Runs body in a child, which may be killed.
 template <class Body>
 pid_t in_child(Body body) {
