@@ -13,12 +13,8 @@ namespace {
 constexpr Kind kNotice{"text", "plain", "7bit"};
 constexpr Kind kMessage{"message", "rfc822", "7bit"};
 
-Trouble write_notice(const Bounce& bounce, const ms* reasons, NewFile& file) {
-    if (!file.put(bounce.heading)) return Trouble::unwritten;
-    for (; reasons; reasons = reasons->next) {
-        if (reasons->text && !(file.put(reasons->text) && file.put(kLineEnd))) return Trouble::unwritten;
-    }
-    return file.put(bounce.closing) ? Trouble::none : Trouble::unwritten;
+bool put_notice(const Bounce& bounce, const ms* reasons, NewFile& file) {
+    return file.put(bounce.heading) && put_lines(reasons, kLineEnd, file) && file.put(bounce.closing);
 }
 
 }  // namespace
@@ -26,8 +22,8 @@ Trouble write_notice(const Bounce& bounce, const ms* reasons, NewFile& file) {
 int send(const Bounce& bounce, const Returned& returned) {
     const BounceComplaints& complaints = bounce.complaints;
     Parts parts;
-    Trouble trouble =
-        parts.add_text(kNotice, [&](NewFile& file) { return write_notice(bounce, returned.reasons, file); });
+    Trouble trouble = parts.add_text(
+        kNotice, [&](NewFile& file) { return unless_written(put_notice(bounce, returned.reasons, file)); });
     if (trouble != Trouble::none) return failed(complaints.part.of(trouble));
     const std::string message = message_file(returned.path);
     trouble = bounce.has_header_only ? add_header_block(parts, message, EnvelopeLines::kept)

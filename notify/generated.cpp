@@ -26,12 +26,8 @@ constexpr Complaints kComplaints{.no_name = kOutOfMemory,
                                  .unbuilt = "GenerateMimeMessage failed: MimeBuildMessage failed."};
 
 Trouble add_lines(Parts& parts, const ms* lines) {
-    return parts.add_text({"text", "plain", "7bit"}, [&](NewFile& file) {
-        for (const ms* node = lines; node; node = node->next) {
-            if (node->text && !(file.put(node->text) && file.put(kLineEnd))) return Trouble::unwritten;
-        }
-        return Trouble::none;
-    });
+    return parts.add_text({"text", "plain", "7bit"},
+                          [&](NewFile& file) { return unless_written(put_lines(lines, kLineEnd, file)); });
 }
 
 // What the table of types is asked for; empty when there is no extension. Kept: a "." in a folder's name begins one.

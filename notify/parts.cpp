@@ -24,6 +24,13 @@ int failed(const char* complaint) {
     return -1;
 }
 
+bool put_lines(const ms* lines, std::string_view line_end, NewFile& file) {
+    for (; lines; lines = lines->next) {
+        if (lines->text && !(file.put(lines->text) && file.put(line_end))) return false;
+    }
+    return true;
+}
+
 Trouble Parts::add(const Kind& kind, const char* body) {
     BuiltFile& part = files_.emplace_back();  // Before there is a file.
     part.reset(MimeBuildMessage(nullptr, nullptr, nullptr, nullptr, kind.type, kind.subtype, kind.parameters,

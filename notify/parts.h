@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 #include "frame/new_file.h"
@@ -24,6 +25,8 @@ using BuiltFile = std::unique_ptr<char, FileRemoved>;
 // Why there is no part.
 enum class Trouble { none, no_name, no_file, unopened, unreadable, unwritten, unbuilt };
 
+constexpr Trouble unless_written(bool is_whole) { return is_whole ? Trouble::none : Trouble::unwritten; }
+
 // What the log says of each trouble; null: nothing.
 struct Complaints {
     const char* no_name;
@@ -38,6 +41,9 @@ struct Complaints {
 
 // Logs what failed, when there is something to say. Returns -1.
 int failed(const char* complaint);
+
+// Writes the texts of a chain, each with a line end behind it; nodes without a text are passed over.
+bool put_lines(const ms* lines, std::string_view line_end, NewFile& file);
 
 // As the builders take them.
 struct Kind {

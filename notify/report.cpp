@@ -76,17 +76,14 @@ bool has_high_bytes(const ms* lines) {
 Trouble add_text_part(Parts& parts, const ms* lines) {
     const OneText parameters(std::string("Charset=").append(read(kCharset).data()));
     const char* encoding = has_high_bytes(lines) ? "quoted-printable" : "7bit";
-    return parts.add_text({"text", "plain", encoding, parameters.chain()}, [&](NewFile& file) {
-        for (const ms* node = lines; node; node = node->next) {
-            if (!file.put(or_empty(node->text))) return Trouble::unwritten;
-        }
-        return Trouble::none;
-    });
+    return parts.add_text({"text", "plain", encoding, parameters.chain()},
+                          [&](NewFile& file) { return unless_written(put_lines(lines, "", file)); });
 }
 
 Trouble add_status_part(Parts& parts, const Report& report) {
     return parts.add_text({"message", "delivery-status", "7bit"}, [&](NewFile& file) {
-        return write_status(report.envelope.envelopeId, report.envelope.arrival, report.recipients, file);
+        const DSNEnvelope& envelope = report.envelope;
+        return unless_written(put_status(envelope.envelopeId, envelope.arrival, report.recipients, file));
     });
 }
 

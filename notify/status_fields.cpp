@@ -69,12 +69,12 @@ bool put_recipient(const PerRecipField& recipient, NewFile& file) {
 
 }  // namespace
 
-Trouble write_status(const char* envelope_id, std::time_t arrival, const PerRecipChain* recipients, NewFile& file) {
-    if (!put_message(envelope_id, arrival, file)) return Trouble::unwritten;
+bool put_status(const char* envelope_id, std::time_t arrival, const PerRecipChain* recipients, NewFile& file) {
+    if (!put_message(envelope_id, arrival, file)) return false;
     for (; recipients; recipients = recipients->next) {
-        if (recipients->record && !put_recipient(*recipients->record, file)) return Trouble::unwritten;
+        if (recipients->record && !put_recipient(*recipients->record, file)) return false;
     }
-    return Trouble::none;
+    return true;
 }
 
 }  // namespace vel

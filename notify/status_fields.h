@@ -4,13 +4,13 @@
 
 #include <ctime>
 
-#include "notify/parts.h"
+#include "frame/new_file.h"
 #include "vel/notify.h"
 
 namespace vel {
 
 // Writes the fields of the message and those of each recipient, a block each.
-Trouble write_status(const char* envelope_id, std::time_t arrival, const PerRecipChain* recipients, NewFile& file);
+bool put_status(const char* envelope_id, std::time_t arrival, const PerRecipChain* recipients, NewFile& file);
 
 }  // namespace vel
 
