@@ -27,8 +27,9 @@ inline bool submit(const Notice& notice, const std::vector<_envRecip>& recipient
     char* identifier =
         MimeSendMessage(notice.sender, nullptr, 0, 0, nullptr, notice.channel, recipients.data(),
                         static_cast<int>(recipients.size()), nullptr, notice.file, notice.submission, 0, 0);
+    const bool is_taken = identifier != nullptr;
     ReleaseQueueId(identifier);
-    return identifier != nullptr;
+    return is_taken;
 }
 
 // A chain of one text.
