@@ -76,41 +76,10 @@ class NotifyTest : public BuildTest {
         return std::exchange(queue_.envelopes, {});
     }
 
-    // Runs a call on ever larger disks. It fails, and leaves and submits nothing, up to the one that holds everything.
-    template <class Call>
-    void expect_all_or_nothing_on_small_disks(Call call) {
-        ASSERT_EQ(call(), 0);
-        const std::size_t whole = queue_.messages.back().size();
-        take_envelopes();
-        for (std::size_t size = 4; size <= whole; ++size) {
-            const SmallDisk full(size);
-            EXPECT_EQ(call(), size < whole ? -1 : 0) << size;
-            EXPECT_EQ(take_envelopes().empty(), size < whole) << size;
-            EXPECT_THAT(left_behind("MIME"), testing::IsEmpty()) << size;
-        }
-        take_log();
-    }
-
-    // The same with ever more memory. Behind a submission there is nothing that can fail. Returns what was logged.
-    template <class Call>
-    std::vector<std::string> expect_all_or_nothing_in_little_memory(Call call) {
-        for (const std::size_t refused : {std::size_t{1}, kEveryRequest}) {
-            with_little_memory(refused, [&] {
-                int result = 0;
-                {
-                    const Starved starved(granted_, refused_);
-                    result = call();
-                }
-                EXPECT_EQ(take_envelopes().size(), result == 0 ? 1u : 0u) << granted_;
-                EXPECT_THAT(left_behind("MIME"), testing::IsEmpty()) << granted_;
-            });
-        }
-        return take_log(1);
-    }
-
     const std::string message_ = "#Fjoe@x.y\r\n#Ra@b.c\r\nSubject: s\r\nTo: a@b.c\r\n\r\nbody\r\n";
     const std::string file_ = file("message.msg", message_);
     const std::string path_ = (directory() / "message").string();
+    const std::string whole_ = entity("message/rfc822", "7bit", "inline", "Subject: s\nTo: a@b.c\n\nbody\n");
     Queue queue_;
 };
 
