@@ -106,9 +106,10 @@ VEL_API int IsFileAscii(const char* path);
      lines       a chain, without line ends, which become the first part; null has none
      files       a chain of paths, a part each, named by what stands behind the last "/"; null is none
      unused      has no effect
-   A file for which IsFileAscii answers 1 goes as text/basic in 7bit. Of any other one GetMagicFromExtension (vel/magic.h)
-   tells the type and, in its secondContentType, the encoding: by what stands behind the last "." of the path, up to a
-   blank, at most 9 bytes. A type that is not known is application/x-unknown in base64.
+   A file for which IsFileAscii answers 1 goes as text/basic in 7bit, of each line what stands in front of a NUL. Of any
+   other one GetMagicFromExtension (vel/magic.h) tells the type and, in its secondContentType, the encoding: by what
+   stands behind the last "." of the path, up to a blank, at most 9 bytes. A type that is not known is
+   application/x-unknown in base64.
    Returns 0, also when the queue refuses the message; -1 when it cannot be built, with "GenerateMimeMessage failed: " and
    what did at level 1. */
 VEL_API int GenerateMimeMessage(const char* sender, const char* channel, const ms* to, const char* subject,

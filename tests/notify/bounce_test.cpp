@@ -31,6 +31,8 @@ enum Kind { kWhole, kHeader, kToPostmaster };
 
 class BounceTest : public NotifyTest {
   protected:
+    ~BounceTest() override { fetched_sender = nullptr; }
+
     // The header's call fetches the sender, the message's is given it.
     int bounce(Kind kind, const char* sender = "joe@x.y") {
         fetched_sender = kind == kHeader ? sender : "not@asked.for";

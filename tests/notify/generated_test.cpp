@@ -43,7 +43,7 @@ class GeneratedTest : public NotifyTest {
     }
 
     const std::string binary_ = "\x80\xff";
-    const std::string ascii_file_ = file("report \"1\".txt", "abc\r\n");
+    const std::string ascii_file_ = file("report \"1\".txt", std::string_view("abc\r\nd\0e\r\n", 10));
     const std::string none_ = (directory() / "none.txt").string();
 };
 
@@ -52,7 +52,7 @@ TEST_F(GeneratedTest, kept_ascii_files_are_text_basic) {
     EXPECT_EQ(generate("one||two", files.c_str(), "joe@x.y|ann@x.y"), 0);
     EXPECT_EQ(sent(),
               multipart("From: me@x.y\nTo: joe@x.y, ann@x.y\nSubject: s\n", "mixed",
-                        {text_part("one\n\ntwo\n"), attached("text/basic", R"(report \"1\".txt)", "7bit", "abc\n"),
+                        {text_part("one\n\ntwo\n"), attached("text/basic", R"(report \"1\".txt)", "7bit", "abc\nd"),
                          attached("image/pict", "a.pic", "BASE64", "gP8=\n"),
                          attached("application/x-unknown", "data.bin", "base64", "gP8=\n")}));
     EXPECT_THAT(take_envelopes(), ElementsAre(envelope_of("me@x.y", {"joe@x.y", "ann@x.y"}, "out")));
