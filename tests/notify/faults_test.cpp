@@ -10,9 +10,9 @@ class FaultsTest : public NotifyTest {
   protected:
     struct Call {
         std::function<int()> make;
-        int refused;                    // what it answers when the queue takes nothing
-        std::string complaint;          // how it begins what it says of each failure; empty: it does not say all
-        std::vector<std::string> told;  // behind that, for want of memory
+        int refused;            // what it answers when the queue takes nothing
+        std::string complaint;  // how it begins what it says of each failure; empty: it does not say all
+        const char* told;       // "a|b": behind that, for want of memory
     };
 
     // Whether the notice was submitted.
@@ -29,27 +29,19 @@ class FaultsTest : public NotifyTest {
     const DSNEnvelope envelope_{"joe@x.y", "id", 0, 0, 0};
     const PerRecipField failed_{};
     const PerRecipChain recipients_{&failed_, nullptr};
+    const std::string bounce_ = "BounceMimeMessage failed: ", copy_ = "BounceMimeMessageToPostmaster failed",
+                      generate_ = "GenerateMimeMessage failed: ";
     const std::vector<Call> calls_ = {
-        {[this] { return BounceMimeMessage(path_.c_str(), &sender_, texts_, 0, nullptr); },
-         -1,
-         "BounceMimeMessage failed: ",
-         {"out of memory.", "filecreate error."}},
-        {[this] { return BounceMimeMessageHeader(path_.c_str(), texts_, 0, nullptr); },
-         -1,
-         "BounceMimeMessage failed: ",
-         {"out of memory.", "filecreate error.", "fileopen failed."}},
-        {[this] { return BounceMimeMessageToPostmaster(path_.c_str(), texts_, 0, nullptr); },
-         -1,
-         "BounceMimeMessageToPostmaster failed",
-         {". out of memory.", ": out of memory.", ". filecreate failed."}},
-        {[this] { return GenerateDSNMessage(path_.c_str(), &envelope_, "s", texts_, &recipients_); },
-         -1,
-         "",
-         {"Out of memory."}},
-        {[this] { return GenerateMimeMessage("me@x.y", "out", texts_, "s", 7, texts_, files_, 0); },
-         0,
-         "GenerateMimeMessage failed: ",
-         {"out of memory.", "filecreate failed."}},
+        {[this] { return BounceMimeMessage(path_.c_str(), &sender_, texts_, 0, nullptr); }, -1, bounce_,
+         "out of memory.|filecreate error."},
+        {[this] { return BounceMimeMessageHeader(path_.c_str(), texts_, 0, nullptr); }, -1, bounce_,
+         "out of memory.|filecreate error.|fileopen failed."},
+        {[this] { return BounceMimeMessageToPostmaster(path_.c_str(), texts_, 0, nullptr); }, -1, copy_,
+         ". out of memory.|: out of memory.|. filecreate failed."},
+        {[this] { return GenerateDSNMessage(path_.c_str(), &envelope_, "s", texts_, &recipients_); }, -1, "",
+         "Out of memory."},
+        {[this] { return GenerateMimeMessage("me@x.y", "out", texts_, "s", 7, texts_, files_, 0); }, 0, generate_,
+         "out of memory.|filecreate failed."},
     };
 };
 
@@ -89,7 +81,7 @@ TEST_F(FaultsTest, memory_short_at_any_request_leaves_nothing) {
             EXPECT_TRUE(result == 0 || is_told) << granted_;
         };
         for (const std::size_t refused : {std::size_t{1}, kEveryRequest}) with_little_memory(refused, test);
-        EXPECT_THAT(told, testing::IsSupersetOf(call.told)) << call.complaint;
+        EXPECT_THAT(told, testing::IsSupersetOf(split(call.told))) << call.complaint;
     }
 }
 

@@ -63,13 +63,6 @@ class NotifyTest : public BuildTest {
         return boundary.empty() ? text : replaced(text, boundary, "B");
     }
 
-    // The lines that were logged: "LEVEL text".
-    std::vector<std::string> log_lines() {
-        std::vector<std::string> lines;
-        for (const LogLine& line : take_log()) lines.push_back(std::to_string(line.level) + " " + line.text);
-        return lines;
-    }
-
     // What was submitted since the last time.
     std::vector<std::string> take_envelopes() {
         queue_.messages.clear();
