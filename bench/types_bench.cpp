@@ -10,7 +10,7 @@
 namespace vel::bench {
 namespace {
 
-std::string extension(int64_t number) { return "e" + std::to_string(number); }
+std::string extension(int64_t number) { return std::string("e").append(std::to_string(number)); }
 
 // A table of so many types, made anew.
 bool make_table(const std::string& directory, int64_t types) {
