@@ -26,6 +26,8 @@ constexpr const char* kPageSize = "PRAGMA page_size = 8192";
 
 // A number is given to one record only: who stands on one that another has removed must not meet the next one under it.
 constexpr const char* kTable = "CREATE TABLE records (id INTEGER PRIMARY KEY AUTOINCREMENT, record BLOB NOT NULL)";
+constexpr const char* kStrangers =
+    "SELECT 1 FROM records WHERE typeof(record) <> 'blob' OR length(record) <> ? LIMIT 1";
 constexpr const char* kSchema = "SELECT group_concat(sql, ';') FROM sqlite_schema WHERE name <> 'sqlite_sequence'";
 
 }  // namespace
@@ -91,6 +93,7 @@ bool Relation::is_whole() {
     if (stamp && was_whole(files_.records(), *stamp)) return true;
     if (!stamp || database_->text("PRAGMA quick_check(1)") != "ok") return false;
     if (stamp->size < database_->number("PRAGMA page_count") * database_->number("PRAGMA page_size")) return false;
+    if ((database_->query(kStrangers) << static_cast<int64_t>(record_.size())).next()) return false;
     remember_whole(files_.records(), *stamp);
     return true;
 }

@@ -25,11 +25,14 @@ constexpr std::size_t kLargestCompared = 16 * 1024 * 1024;
 // An identity is one short line.
 constexpr std::size_t kLongestIdentity = 256;
 
-// SQLite's file format: the first 16 bytes, the two that tell of a rollback journal, and where numbers of ours are.
+// SQLite's file format: the first 16 bytes, the two that tell of a rollback journal, the layout of the schema, and
+// where numbers of ours are.
 constexpr std::size_t kHeaderSize = 100;
 constexpr std::string_view kFormat{"SQLite format 3\0", 16};
 constexpr std::string_view kRollbackJournal{"\1\1", 2};
 constexpr std::size_t kJournalAt = 18;
+constexpr std::size_t kSchemaFormatAt = 44;
+constexpr int32_t kSchemaFormat = 4;
 constexpr std::size_t kVersionAt = 60;
 constexpr std::size_t kApplicationAt = 68;
 
@@ -109,7 +112,8 @@ bool RelationFiles::has_records() const {
     if (bytes.size() < kHeaderSize) return false;
     const std::string_view header = bytes;
     return header.starts_with(kFormat) && header.substr(kJournalAt).starts_with(kRollbackJournal) &&
-           number_at(header, kVersionAt) == kVersion && number_at(header, kApplicationAt) == kApplication;
+           number_at(header, kSchemaFormatAt) == kSchemaFormat && number_at(header, kVersionAt) == kVersion &&
+           number_at(header, kApplicationAt) == kApplication;
 }
 
 bool RelationFiles::has_identity() const { return beginning_of(identity(), kLongestIdentity) == identity_text_; }

@@ -29,6 +29,13 @@ TEST_F(Diamond, tells_what_it_cannot_use) {
     const auto changed = [&](std::size_t at, const std::string& bytes) {
         return std::string(whole).replace(at, bytes.size(), bytes);
     };
+    const auto changed_by = [&](const char* sql) {
+        sqlite3* database = nullptr;
+        EXPECT_EQ(sqlite3_open(path("words.db").c_str(), &database), SQLITE_OK);
+        EXPECT_EQ(sqlite3_exec(database, sql, nullptr, nullptr, nullptr), SQLITE_OK);
+        sqlite3_close(database);
+        return content("words.db");
+    };
     const struct {
         const char* name;
         std::string records;
@@ -37,6 +44,9 @@ TEST_F(Diamond, tells_what_it_cannot_use) {
     } rows[] = {
         {"text", "no database", identity, DIA_MISSING},
         {"another program's", changed(70, "x"), identity, DIA_MISSING},
+        {"another format", changed(47, "\5"), identity, DIA_MISSING},
+        {"another record", changed_by("INSERT INTO records (record) VALUES (x'00')"), identity, DIA_MISSING},
+        {"another table", changed_by("DELETE FROM records; CREATE TABLE more (x)"), identity, DIA_MISSING},
         {"write-ahead log", changed(18, "\2\2"), identity, DIA_MISSING},
         {"damaged page", changed(8192, std::string(64, 'x')), identity, DIA_MISSING},
         {"another layout", whole, "diamond 1 words 8 00000000\n", DIA_LAYOUT},
