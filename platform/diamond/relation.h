@@ -2,8 +2,6 @@
 #ifndef VEL_PLATFORM_DIAMOND_RELATION_H
 #define VEL_PLATFORM_DIAMOND_RELATION_H
 
-#include <sys/types.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -12,6 +10,7 @@
 #include "platform/diamond/relation_files.h"
 #include "platform/diamond/relation_lock.h"
 #include "platform/sqlite/database.h"
+#include "platform/this_process.h"
 #include "vel/platform/diamond.h"
 
 namespace vel {
@@ -70,8 +69,8 @@ class Relation {
     struct Walk;
     std::unique_ptr<Walk> walk_;
 
-    pid_t process_ = 0;           // that opened the files
-    RelationFiles::Stamp stamp_;  // of the files as this object found or left them
+    int process_ = this_process();  // where the files were opened
+    RelationFiles::Stamp stamp_;    // of the files as this object found or left them
     int status_ = DIA_CLOSED;
     int64_t position_ = 0;  // the number of the record that was met last
     bool at_record_ = false;

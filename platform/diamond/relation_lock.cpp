@@ -39,7 +39,7 @@ void wait_for(int fd, const std::string& path) {
 }  // namespace
 
 // A lock on a file that has lost its name meanwhile keeps nobody out.
-RelationLock::RelationLock(const std::string& path) : process_(::getpid()) {
+RelationLock::RelationLock(const std::string& path) {
     do {
         file_ = open_lock(path);
         wait_for(file_.get(), path);
@@ -51,6 +51,6 @@ RelationLock::~RelationLock() {
     if (!is_inherited()) ::flock(file_.get(), LOCK_UN);
 }
 
-bool RelationLock::is_inherited() const { return process_ != ::getpid(); }
+bool RelationLock::is_inherited() const { return process_ != this_process(); }
 
 }  // namespace vel

@@ -3,11 +3,10 @@
 #ifndef VEL_PLATFORM_DIAMOND_RELATION_LOCK_H
 #define VEL_PLATFORM_DIAMOND_RELATION_LOCK_H
 
-#include <sys/types.h>
-
 #include <string>
 
 #include "frame/owned.h"
+#include "platform/this_process.h"
 
 namespace vel {
 
@@ -24,7 +23,7 @@ class RelationLock {
 
   private:
     Descriptor file_;
-    pid_t process_;
+    const int process_ = this_process();
 };
 
 }  // namespace vel
