@@ -1,4 +1,4 @@
-/* What a gateway written in C does with the installed library: start, build, parse, walk, extract, end. */
+/* What a gateway written in C does with the installed library: start, build, look up, parse, walk, extract, end. */
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -10,6 +10,7 @@
 #include "vel/envelope.h"
 #include "vel/frame.h"
 #include "vel/japanese.h"
+#include "vel/magic.h"
 #include "vel/mime.h"
 #include "vel/notify.h"
 #include "vel/platform/config.h"
@@ -136,6 +137,18 @@ static void use_builders(void) {
     MimeFreeFile(body);
 }
 
+/* The table of types that was installed is put into the queue's directory, where there is none. */
+static void use_types(void) {
+    MagicRecord record;
+    char extension[sizeof record.extension];
+    check(libmagic_init() == 0 && GetFirstMagicRecord(&record) == 0, "the table of types is opened");
+    libmagic_fini();
+    check(GetMagicFromExtension("JPG", &record) == 0, "a type is found");
+    expect_text(record.contentType, "image");
+    check(GetDosExtFromCTandCST(extension, record.contentType, record.contentSubtype) == 0, "an extension is found");
+    expect_text(extension, "jpg");
+}
+
 int main(void) {
     mime_msg_pool* pool = NULL;
     MimeMsg* record;
@@ -150,6 +163,7 @@ int main(void) {
     use_header_texts();
     use_binhex();
     use_builders();
+    use_types();
 
     path = VELGetTempFileName(NULL, "msg");
     check(path != NULL, "VELGetTempFileName");

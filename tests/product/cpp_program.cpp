@@ -82,6 +82,11 @@ int main() {
     check(VELGetPrivateProfileString("Gateway", "TimeZone", "", zone, sizeof zone, iniFileName) == 4, "the overlay");
     ProfileOverlayClear();
 
+    char codes[sizeof MagicRecord::macTypeCreator];
+    check(libmagic_init() == 0, "libmagic_init");
+    check(GetTypeCreatorfromDosExt("txt", codes) == 0 && std::string(codes) == "TEXTttxt", "Macintosh codes");
+    libmagic_fini();
+
     TerminateVELDll();
     std::puts("cpp_program: all is well");
 }
