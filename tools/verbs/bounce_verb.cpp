@@ -48,14 +48,13 @@ struct Options {
 };
 
 void declare(CommandLine& line, Options& options) {
-    CLI::App& app = line.app();
-    app.add_option("BASE", options.base, "The message")->required()->type_name("");
-    app.add_option("--reason", options.reasons, "Why it comes back, a line each")->required()->type_name("TEXT");
-    auto* sender = app.add_option("--sender", options.sender, "Who sent it, or \"<>\"")->type_name("ADDRESS");
-    auto* header = app.add_flag("--header-only", options.header_only, "Return the header block only");
-    auto* postmaster = app.add_flag("--to-postmaster", options.to_postmaster, "The notice is for the postmaster");
-    header->excludes(sender, postmaster);
-    postmaster->excludes(sender);
+    line.add_argument("BASE", options.base, "The message").required();
+    line.add_option("--reason", "TEXT", options.reasons, "Why it comes back, a line each").required();
+    auto sender = line.add_option("--sender", "ADDRESS", options.sender, "Who sent it, or \"<>\"");
+    auto header = line.add_flag("--header-only", options.header_only, "Return the header block only");
+    auto postmaster = line.add_flag("--to-postmaster", options.to_postmaster, "The notice is for the postmaster");
+    header.excludes(sender).excludes(postmaster);
+    postmaster.excludes(sender);
     line.add_json();
 }
 

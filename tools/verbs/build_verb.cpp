@@ -45,23 +45,20 @@ struct Options {
 };
 
 void declare(CommandLine& line, Options& options) {
-    CLI::App& app = line.app();
-    app.add_option("--from", options.from, "The author")->required()->type_name("ADDRESS");
-    app.add_option("--to", options.to, "Recipients")->type_name("ADDRESS");
-    app.add_option("--cc", options.cc, "Recipients of copies")->type_name("ADDRESS");
-    app.add_option("--bcc", options.bcc, "Recipients of blind copies")->type_name("ADDRESS");
-    app.add_option("--subject", options.draft.subject, "The subject")->type_name("TEXT");
-    app.add_option("--text", options.draft.text, "The text; \"-\" is standard input")->type_name("FILE");
-    app.add_option("--charset", options.draft.charset, "Charset of the text")->type_name("NAME");
-    app.add_option("--attach", options.draft.attachments, "Files to attach")->type_name("FILE");
-    app.add_option("--header", options.fields, "Further header lines, NAME: VALUE")->type_name("LINE");
-    app.add_option("-o,--output", options.output, "File to write, all of it or nothing")->type_name("PATH");
-    CLI::Option* send = app.add_flag("--send", options.send, "Put it into the queue");
-    as_channel(app.add_option("--channel", options.channel, "Who takes it out of the queue")
-                   ->capture_default_str()
-                   ->needs(send));
+    line.add_option("--from", "ADDRESS", options.from, "The author").required();
+    line.add_option("--to", "ADDRESS", options.to, "Recipients");
+    line.add_option("--cc", "ADDRESS", options.cc, "Recipients of copies");
+    line.add_option("--bcc", "ADDRESS", options.bcc, "Recipients of blind copies");
+    line.add_option("--subject", "TEXT", options.draft.subject, "The subject");
+    line.add_option("--text", "FILE", options.draft.text, "The text; \"-\" is standard input");
+    line.add_option("--charset", "NAME", options.draft.charset, "Charset of the text");
+    line.add_option("--attach", "FILE", options.draft.attachments, "Files to attach");
+    line.add_option("--header", "LINE", options.fields, "Further header lines, NAME: VALUE");
+    line.add_option("-o,--output", "PATH", options.output, "File to write, all of it or nothing");
+    auto send = line.add_flag("--send", options.send, "Put it into the queue");
+    line.add_channel(options.channel, "Who takes it out of the queue").shows_default().needs(send);
     line.add_json();
-    app.get_option("--json")->needs(send);
+    line.option("--json").needs(send);
 }
 
 // What is wrong with options together; nothing when they go together.
@@ -92,7 +89,7 @@ Envelope envelope_of(const Options& options) {
     Envelope envelope;
     envelope.sender = draft.from.canonical;
     envelope.channel = options.channel;
-    for (const auto* mailboxes : {&draft.to, &draft.cc, &draft.bcc}) {
+    for (const auto mailboxes : {&draft.to, &draft.cc, &draft.bcc}) {
         for (const Mailbox& mailbox : *mailboxes) envelope.recipients.push_back(mailbox.canonical);
     }
     return envelope;

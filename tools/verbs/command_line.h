@@ -2,8 +2,10 @@
 #ifndef VEL_TOOLS_VERBS_COMMAND_LINE_H
 #define VEL_TOOLS_VERBS_COMMAND_LINE_H
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
+#include <chrono>
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,7 +15,12 @@
 #include "tools/io/exit_code.h"
 #include "tools/io/session.h"
 #include "tools/message/message.h"
+#include "tools/verbs/option.h"
 #include "tools/verbs/verb.h"
+
+namespace CLI {
+class App;
+}
 
 namespace vel::command {
 
@@ -23,10 +30,12 @@ class CommandLine {
   public:
     // The verb's name, what it does, and what stands below the options in its help.
     CommandLine(const std::string& verb, const std::string& description, const std::string& footer);
+    ~CommandLine();
 
     // FILE... under another name perhaps, --recursive
     void add_files(const char* name = "FILE", const char* what = "Messages");
     void add_file();     // FILE, --output: one file makes another
+    void add_output();   // --output
     void add_texts();    // TEXT...
     void add_json();     // --json
     void add_nested();   // --no-nested
@@ -40,11 +49,42 @@ class CommandLine {
         add_word(name, what, std::move(words));
     }
 
-    // For options of the verb's own.
-    CLI::App& app() { return app_; }
+    // Options and arguments of the verb's own. A value is a text, texts or a number, or an optional one; what it is
+    // called in the help stands behind the option's name.
+    template <class Value>
+    Option add_option(const char* name, const char* value_name, Value& value, const char* what);
+    template <class Value>
+    Option add_argument(const char* name, Value& value, const char* what) {
+        return add_option(name, "", value, what);
+    }
+    Option add_flag(const char* name, bool& value, const char* what);
+    Option add_flag(const char* name, const std::function<void()>& when_given, const char* what);
+
+    // N, SIZE and TIME, as option.h has them.
+    template <class Value>
+    Option add_number(const char* name, Value& value, const char* what) {
+        return add_option(name, "N", value, what).number();
+    }
+    template <class Value>
+    Option add_size(const char* name, Value& value, const char* what) {
+        return add_option(name, "SIZE", value, what).size();
+    }
+    template <class Value>
+    Option add_time(const char* name, Value& seconds, const char* what) {
+        return add_option(name, "TIME", seconds, what).duration();
+    }
+
+    // --channel NAME, which may be several. An empty one, as a variable that is not set makes it, must not mean all.
+    template <class Value>
+    Option add_channel(Value& channel, const char* what) {
+        return add_option("--channel", "NAME", channel, what).not_empty();
+    }
+
+    // One that has been added.
+    Option option(const char* name);
 
     // Has an option go with some of the words only.
-    void only_with(std::vector<std::string> words, CLI::Option* option);
+    void only_with(std::vector<std::string> words, const Option& option);
 
     // Reads the arguments; the exit code when nothing is left to do (help was asked for, or wrong usage).
     std::optional<Exit> read(Arguments arguments, Session& session);
@@ -62,14 +102,14 @@ class CommandLine {
 
   private:
     struct Limited {
-        CLI::Option* option;
+        Option option;
         std::vector<std::string> words;
     };
 
     void add_word(const char* name, const char* what, std::vector<std::string> words);
     const Limited* misplaced() const;
 
-    CLI::App app_;
+    std::unique_ptr<CLI::App> app_;
     std::vector<Limited> limited_;
 };
 
@@ -78,15 +118,6 @@ template <class Rows>
 const auto& row_named(const Rows& rows, std::string_view name) {
     return *std::find_if(rows.begin(), rows.end(), [&](const auto& row) { return row.name == name; });
 }
-
-// Has an option take a number that is not negative: N; or SIZE, in bytes or with K, M, G for powers of 1024; or TIME,
-// in seconds, from a number with s, m, h or d.
-CLI::Option* as_number(CLI::Option* option);
-CLI::Option* as_size(CLI::Option* option);
-CLI::Option* as_duration(CLI::Option* option);
-
-// Has an option take names of channels, NAME. An empty one, as a variable that is not set makes it, must not mean all.
-CLI::Option* as_channel(CLI::Option* option);
 
 // The paragraph about texts that every help with --json ends in.
 extern const char* const kAboutJsonTexts;

@@ -119,7 +119,7 @@ Exit run_decode(Arguments arguments, Session& main) {
     line.add_word("CODEC", "What to decode from", kDecoders);
     line.add_file();
     line.only_with({"uu", "binhex"},
-                   line.app().add_flag("--show-name", shows_name, "Tell the name in the text on standard error"));
+                   line.add_flag("--show-name", shows_name, "Tell the name in the text on standard error"));
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
     return transfer_file(line, main,
                          [&](Transfer& transfer) { row_named(kDecoders, line.word).decode(transfer, shows_name); });

@@ -85,22 +85,20 @@ Exit read_report(const std::string& file, const CommandLine& line, Session& sess
 }
 
 void declare(CommandLine& line, ReportOptions& options, bool& read) {
-    CLI::App& app = line.app();
     line.add_files("FILE", "The message to report on; with --read, reports");
-    CLI::Option* to_read = app.add_flag("--read", read, "Tell what the reports say");
-    app.get_option("--recursive")->needs(to_read);
+    auto to_read = line.add_flag("--read", read, "Tell what the reports say");
+    line.option("--recursive").needs(to_read);
     line.add_verbose();
-    app.get_option("--verbose")->needs(to_read);
+    line.option("--verbose").needs(to_read);
     const std::array of_making{
-        app.add_option("--subject", options.subject, "The subject of the report")->type_name("TEXT"),
-        app.add_option("--text", options.text_file, "What it says to people; \"-\" is standard input")
-            ->type_name("FILE"),
-        app.add_option("--recipient", options.recipients, "What it says of a recipient")->type_name("MEMBERS"),
-        app.add_option("--sender", options.sender, "Who sent the message, or \"<>\"")->type_name("ADDRESS"),
-        app.add_option("--envid", options.envelope_id, "What the sender calls the envelope")->type_name("ID"),
-        app.add_option("--ret", options.ret, "How much of the message is returned: full or hdrs")->type_name("WORD"),
+        line.add_option("--subject", "TEXT", options.subject, "The subject of the report"),
+        line.add_option("--text", "FILE", options.text_file, "What it says to people; \"-\" is standard input"),
+        line.add_option("--recipient", "MEMBERS", options.recipients, "What it says of a recipient"),
+        line.add_option("--sender", "ADDRESS", options.sender, "Who sent the message, or \"<>\""),
+        line.add_option("--envid", "ID", options.envelope_id, "What the sender calls the envelope"),
+        line.add_option("--ret", "WORD", options.ret, "How much of the message is returned: full or hdrs"),
     };
-    for (CLI::Option* option : of_making) option->excludes(to_read);
+    for (Option option : of_making) option.excludes(to_read);
     line.add_json();
 }
 

@@ -105,9 +105,9 @@ Exit run_encode(Arguments arguments, Session& main) {
     Options options;
     line.add_word("CODEC", "What to encode to", kEncoders);
     line.add_file();
-    line.only_with({"uu"}, line.app().add_option("--name", options.name, "Name on the begin line; that of FILE"));
-    line.only_with(
-        {"uu"}, line.app().add_option("--mode", options.mode, "Mode on the begin line, octal")->capture_default_str());
+    line.only_with({"uu"}, line.add_option("--name", "TEXT", options.name, "Name on the begin line; that of FILE"));
+    line.only_with({"uu"},
+                   line.add_option("--mode", "TEXT", options.mode, "Mode on the begin line, octal").shows_default());
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
     if (!fits_begin_line(options)) return line.misuse("--name is one line, --mode an octal number", main);
     return transfer_file(line, main,

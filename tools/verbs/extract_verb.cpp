@@ -52,16 +52,16 @@ struct Options {
     Form form() const { return raw ? Form::raw : whole_text ? Form::whole_text : Form::decoded; }
 };
 
-void declare(CLI::App& app, Options& options) {
-    auto* directory = app.add_option("-o,--output", options.directory, "Directory to write to, made when missing");
-    auto* part = as_number(app.add_option("--part", options.part, "Write this part only, any kind, by its index"));
-    auto* raw = app.add_flag("--raw", options.raw, "Write header block and body as stored, undecoded");
-    app.add_flag("--whole-text", options.whole_text, "Leave embedded files in their text too")->excludes(raw);
-    app.add_flag("--stdout", options.to_stdout, "Write the part to standard output")->needs(part)->excludes(directory);
-    as_size(app.add_option("--max-bytes", options.limits.bytes,
-                           "Write at most so many bytes in all; 10K, 5M, 1G: powers of 1024"));
-    as_number(app.add_option("--max-files", options.limits.files, "Write at most so many files in all"));
-    directory->type_name("DIR");
+void declare(CommandLine& line, Options& options) {
+    auto directory =
+        line.add_option("-o,--output", "DIR", options.directory, "Directory to write to, made when missing");
+    auto part = line.add_number("--part", options.part, "Write this part only, any kind, by its index");
+    auto raw = line.add_flag("--raw", options.raw, "Write header block and body as stored, undecoded");
+    line.add_flag("--whole-text", options.whole_text, "Leave embedded files in their text too").excludes(raw);
+    line.add_flag("--stdout", options.to_stdout, "Write the part to standard output").needs(part).excludes(directory);
+    line.add_size("--max-bytes", options.limits.bytes,
+                  "Write at most so many bytes in all; 10K, 5M, 1G: powers of 1024");
+    line.add_number("--max-files", options.limits.files, "Write at most so many files in all");
 }
 
 // Empty when the options go together.
@@ -137,7 +137,7 @@ Exit run_extract(Arguments arguments, Session& main) {
     line.add_json();
     line.add_nested();
     line.add_verbose();
-    declare(line.app(), options);
+    declare(line, options);
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
     if (const std::string wrong = misuse(options, line); !wrong.empty()) return line.misuse(wrong, main);
     std::optional<Destination> destination;

@@ -87,13 +87,12 @@ Exit run_headers(Arguments arguments, Session& main) {
     Texts texts = Texts::readable;
     line.add_files();
     line.add_json();
-    line.app().add_flag_callback(
+    line.add_flag(
         "--raw", [&] { texts = Texts::as_they_stand; }, "Show encoded words as they stand");
-    auto* by_part =
-        as_number(line.app().add_option("--part", part, "Show the header block of this entity, by its index"));
+    auto by_part = line.add_number("--part", part, "Show the header block of this entity, by its index");
     line.add_nested();
     line.add_verbose();
-    for (const char* of_parsing : {"--no-nested", "--verbose"}) line.app().get_option(of_parsing)->needs(by_part);
+    for (const char* of_parsing : {"--no-nested", "--verbose"}) line.option(of_parsing).needs(by_part);
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
     return for_each_file(line, main, [&](const std::string& file, Session& session) {
         const Shown shown =

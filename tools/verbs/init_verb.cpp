@@ -41,13 +41,11 @@ struct Options {
 };
 
 void declare(CommandLine& line, Options& options) {
-    line.app().add_option("DIR", options.directory, "Directory to make, or to fill")->required()->type_name("");
-    line.app()
-        .add_option("--host", options.host, "The gateway's host name, perhaps with its domain")
-        ->type_name("NAME");
-    line.app().add_option("--domain", options.domain, "The gateway's domain")->type_name("NAME");
-    line.app().add_option("--zone", options.zone, "The time zone, as in TZ")->type_name("ZONE");
-    line.app().add_flag("--print", options.print, "Write ostra.ini to standard output and make nothing");
+    line.add_argument("DIR", options.directory, "Directory to make, or to fill").required();
+    line.add_option("--host", "NAME", options.host, "The gateway's host name, perhaps with its domain");
+    line.add_option("--domain", "NAME", options.domain, "The gateway's domain");
+    line.add_option("--zone", "ZONE", options.zone, "The time zone, as in TZ");
+    line.add_flag("--print", options.print, "Write ostra.ini to standard output and make nothing");
 }
 
 // From the root on; links stay, ".." too, since it means something else behind a link.

@@ -52,11 +52,11 @@ Exit run_japanese(Arguments arguments, Session& main) {
     Options options;
     line.add_word("DIRECTION", "What to do", kDirections);
     line.add_file();
-    line.only_with({"to-jis"}, line.app().add_option("--mark", options.mark,
-                                                     "Write this for a byte above 127 that is no part of a "
-                                                     "character, and not the byte"));
-    line.only_with({"to-sjis"}, line.app().add_flag("--repair", options.repairs,
-                                                    "Mend escape sequences that have lost their ESC, such as $B"));
+    line.only_with({"to-jis"}, line.add_option("--mark", "TEXT", options.mark,
+                                               "Write this for a byte above 127 that is no part of a "
+                                               "character, and not the byte"));
+    line.only_with({"to-sjis"}, line.add_flag("--repair", options.repairs,
+                                              "Mend escape sequences that have lost their ESC, such as $B"));
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
     return transfer_file(line, main,
                          [&](Transfer& transfer) { row_named(kDirections, line.word).convert(transfer, options); });

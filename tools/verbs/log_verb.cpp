@@ -44,7 +44,7 @@ Exit run_log(Arguments arguments, Session& main) {
     CommandLine line("log", "Mails an old log file to the postmaster.", kFooter);
     std::string file;
     line.add_word("ACTION", "send", kActions);
-    line.app().add_option("FILE", file, "The log file")->type_name("");
+    line.add_argument("FILE", file, "The log file");
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
     if (!file.empty() && ::access(file.c_str(), R_OK) != 0) throw Failure::of_system_call(Exit::no_input, file);
     connect_to_queue(main);

@@ -40,13 +40,12 @@ struct Options {
 };
 
 void declare(CommandLine& line, Options& options) {
-    CLI::App& app = line.app();
-    app.add_option("--to", options.to, "Who receives it")->required()->type_name("ADDRESS");
-    app.add_option("--subject", options.draft.subject, "The subject")->required()->type_name("TEXT");
-    app.add_option("--text", options.draft.text, "The text; \"-\" is standard input")->required()->type_name("FILE");
-    app.add_option("--attach", options.draft.attachments, "Files to attach")->type_name("FILE");
-    app.add_option("--from", options.from, "Whom it is from; the postmaster by default")->type_name("ADDRESS");
-    as_channel(app.add_option("--channel", options.channel, "Who takes it out of the queue")->capture_default_str());
+    line.add_option("--to", "ADDRESS", options.to, "Who receives it").required();
+    line.add_option("--subject", "TEXT", options.draft.subject, "The subject").required();
+    line.add_option("--text", "FILE", options.draft.text, "The text; \"-\" is standard input").required();
+    line.add_option("--attach", "FILE", options.draft.attachments, "Files to attach");
+    line.add_option("--from", "ADDRESS", options.from, "Whom it is from; the postmaster by default");
+    line.add_channel(options.channel, "Who takes it out of the queue").shows_default();
     line.add_json();
 }
 

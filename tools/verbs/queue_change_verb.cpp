@@ -59,15 +59,14 @@ constexpr Change kRemove{
     "  vel queue remove --all --channel test --yes\n"};
 
 void declare(CommandLine& line, const Change& change, Options& options) {
-    CLI::App& app = line.app();
-    app.add_option("ID", options.ids, "Identifiers, or paths of message files")->type_name("");
-    as_number(app.add_option("--recipient", options.recipient, "Only this recipient, by its number from 0"));
+    line.add_argument("ID", options.ids, "Identifiers, or paths of message files");
+    line.add_number("--recipient", options.recipient, "Only this recipient, by its number from 0");
     if (change.states == MQ_WAITING)
-        app.add_option("--reason", options.reason, "What vel queue list shows as the reason")->type_name("TEXT");
-    auto* all = app.add_flag("--all", options.all, "All entries, instead of IDs");
-    as_channel(app.add_option("--channel", options.channel, "With --all: only what is for this channel")->needs(all));
+        line.add_option("--reason", "TEXT", options.reason, "What vel queue list shows as the reason");
+    auto all = line.add_flag("--all", options.all, "All entries, instead of IDs");
+    line.add_channel(options.channel, "With --all: only what is for this channel").needs(all);
     if (change.states & MQ_HELD && change.states & MQ_WAITING)
-        app.add_flag("--yes", options.yes, "Has to stand beside --all: what is removed is gone")->needs(all);
+        line.add_flag("--yes", options.yes, "Has to stand beside --all: what is removed is gone").needs(all);
     line.add_json();
 }
 

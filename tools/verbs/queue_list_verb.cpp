@@ -15,6 +15,12 @@ namespace {
 
 const std::map<std::string, int> kStates{{"waiting", MQ_WAITING}, {"claimed", MQ_CLAIMED}, {"held", MQ_HELD}};
 
+std::vector<std::string> state_names() {
+    std::vector<std::string> names;
+    for (const auto& [name, state] : kStates) names.push_back(name);
+    return names;
+}
+
 const std::string kListFooter =
     std::string(
         "Examples:\n"
@@ -78,11 +84,9 @@ Exit run_queue_list(Arguments arguments, Session& main) {
     CommandLine line("queue list", "Lists what is in the queue.", kListFooter);
     std::string channel;
     std::vector<std::string> states;
-    as_channel(line.app().add_option("--channel", channel, "Only what is for this channel"));
-    line.app()
-        .add_option("--state", states, "Only what is in this state: waiting, claimed or held; may be repeated")
-        ->type_name("STATE")
-        ->check(CLI::IsMember(kStates).description(""));
+    line.add_channel(channel, "Only what is for this channel");
+    line.add_option("--state", "STATE", states, "Only what is in this state: waiting, claimed or held; may be repeated")
+        .one_of(state_names());
     line.add_json();
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
     connect_to_queue(main);
@@ -93,7 +97,7 @@ Exit run_queue_list(Arguments arguments, Session& main) {
 Exit run_queue_show(Arguments arguments, Session& main) {
     CommandLine line("queue show", "Shows entries of the queue with their whole envelopes.", kShowFooter);
     std::vector<std::string> ids;
-    line.app().add_option("ID", ids, "Identifiers, or paths of message files")->required()->type_name("");
+    line.add_argument("ID", ids, "Identifiers, or paths of message files").required();
     line.add_json();
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
     connect_to_queue(main);
@@ -117,10 +121,8 @@ Exit run_queue_show(Arguments arguments, Session& main) {
 Exit run_queue_cat(Arguments arguments, Session& main) {
     CommandLine line("queue cat", "Writes the message of an entry.", kCatFooter);
     std::string id;
-    line.app().add_option("ID", id, "Identifier, or path of the message file")->required()->type_name("");
-    line.app()
-        .add_option("-o,--output", line.output, "File to write, all of it or nothing; standard output by default")
-        ->type_name("PATH");
+    line.add_argument("ID", id, "Identifier, or path of the message file").required();
+    line.add_output();
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
     connect_to_queue(main);
     copy_message(identifier_of(id), line.output, main);

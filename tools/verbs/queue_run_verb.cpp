@@ -64,30 +64,24 @@ const std::string kFooter =
 struct Options {
     RunOptions run;
     DeliveryCommand command;
+    std::optional<int64_t> timeout, poll;  // in seconds
 };
 
-// A time that passes.
-void add_time(CLI::App& app, const char* name, const char* what, const std::function<void(std::chrono::seconds)>& set) {
-    as_duration(app.add_option_function<int64_t>(
-                    name, [=](int64_t seconds) { set(std::chrono::seconds(seconds)); }, what))
-        ->check(CLI::Validator(CLI::PositiveNumber).description(""));
+void declare(CommandLine& line, Options& options) {
+    line.add_argument("COMMAND", options.command.program, "Behind \"--\": a program and its arguments").required();
+    line.add_channel(options.run.channels, "Channels to deliver for").required();
+    line.add_flag("--once", options.run.once, "End when nothing is due, instead of waiting for more");
+    line.add_flag("--batch", options.run.batch, "Hand an entry's due recipients to one command together");
+    line.add_option("--jobs", "N", options.run.jobs, "So many commands at once; 1 by default").between(1, 256);
+    line.add_time("--timeout", options.timeout,
+                  "Have SIGTERM, and SIGKILL 10 seconds later, end a command that takes longer, such as 30m, and defer")
+        .positive();
+    line.add_time("--poll", options.poll, "Look for what is due so often; 1s by default").positive();
 }
 
-void declare(CLI::App& app, Options& options) {
-    app.add_option("COMMAND", options.command.program, "Behind \"--\": a program and its arguments")
-        ->required()
-        ->type_name("");
-    as_channel(app.add_option("--channel", options.run.channels, "Channels to deliver for")->required());
-    app.add_flag("--once", options.run.once, "End when nothing is due, instead of waiting for more");
-    app.add_flag("--batch", options.run.batch, "Hand an entry's due recipients to one command together");
-    app.add_option("--jobs", options.run.jobs, "So many commands at once; 1 by default")
-        ->check(CLI::Range(1, 256).description(""))
-        ->type_name("N");
-    add_time(app, "--timeout",
-             "Have SIGTERM, and SIGKILL 10 seconds later, end a command that takes longer, such as 30m, and defer",
-             [&](std::chrono::seconds time) { options.command.timeout = time; });
-    add_time(app, "--poll", "Look for what is due so often; 1s by default",
-             [&](std::chrono::seconds time) { options.run.poll = time; });
+void apply_times(Options& options) {
+    if (options.timeout) options.command.timeout = std::chrono::seconds(*options.timeout);
+    if (options.poll) options.run.poll = std::chrono::seconds(*options.poll);
 }
 
 // Before anything is claimed: what is only misspelt should not defer all the mail.
@@ -115,9 +109,10 @@ Exit run_queue_run(Arguments arguments, Session& main) {
     CommandLine line("queue run", "Hands what is due to a command that delivers it.", kFooter);
     Options options;
     options.command.arguments = take_command(arguments);
-    declare(line.app(), options);
+    declare(line, options);
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
     if (options.command.arguments.empty()) return line.misuse("\"--\" stands before COMMAND", main);
+    apply_times(options);
     options.command.program = path_of(options.command.program);
     const RetryPlan plan = RetryPlan::from_settings();
     connect_to_queue(main);

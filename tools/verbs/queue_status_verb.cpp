@@ -51,11 +51,11 @@ struct Status {
     std::vector<std::string> passed{};  // thresholds
 };
 
-void declare(CLI::App& app, Thresholds& most) {
-    as_number(app.add_option("--max-held", most.held, "At most so many held recipients"));
-    as_number(app.add_option("--max-waiting", most.waiting, "At most so many that wait or are claimed"));
-    as_duration(app.add_option("--max-age", most.age, "None that waits or is claimed is older: 30m, 4h, 2d"));
-    as_size(app.add_option("--min-free", most.free, "At least so much free space: 500M, 10G"));
+void declare(CommandLine& line, Thresholds& most) {
+    line.add_number("--max-held", most.held, "At most so many held recipients");
+    line.add_number("--max-waiting", most.waiting, "At most so many that wait or are claimed");
+    line.add_time("--max-age", most.age, "None that waits or is claimed is older: 30m, 4h, 2d");
+    line.add_size("--min-free", most.free, "At least so much free space: 500M, 10G");
 }
 
 Status read_status(Session& main) {
@@ -146,7 +146,7 @@ int check(bool repair, MQFindingVisitor visitor, void* context, Session& main) {
 Exit run_queue_status(Arguments arguments, Session& main) {
     CommandLine line("queue status", "Tells how much is in the queue, and how old it is.", kStatusFooter);
     Thresholds most;
-    declare(line.app(), most);
+    declare(line, most);
     line.add_json();
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
     connect_to_queue(main);
@@ -160,7 +160,7 @@ Exit run_queue_status(Arguments arguments, Session& main) {
 Exit run_queue_check(Arguments arguments, Session& main) {
     CommandLine line("queue check", "Compares the queue's database with its files.", kCheckFooter);
     bool repair = false;
-    line.app().add_flag("--repair", repair, "Repair what can be repaired");
+    line.add_flag("--repair", repair, "Repair what can be repaired");
     line.add_json();
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
     connect_to_queue(main);

@@ -43,17 +43,15 @@ struct Options {
 };
 
 void declare(CommandLine& line, Options& options) {
-    CLI::App& app = line.app();
-    app.add_option("FILE", options.file, "The message; \"-\" is standard input")->required()->type_name("");
-    app.add_option("--from", options.from, "Who sends it")->required()->type_name("ADDRESS");
-    app.add_option("--to", options.to, "Who receives it")->required()->type_name("ADDRESS");
-    as_channel(app.add_option("--channel", options.channel, "Who takes it out of the queue")->capture_default_str());
-    app.add_option("--notify", options.notify, "When the sender wants a report: success,failure,delay or never")
-        ->type_name("LIST");
-    app.add_option("--ret", options.ret, "How much of the message a report returns: full or hdrs")->type_name("WORD");
-    app.add_option("--envid", options.envid, "What a report calls the envelope")->type_name("ID");
-    app.add_option("--orcpt", options.originals, "Whom the sender has addressed, where it was somebody else")
-        ->type_name("ORCPT");
+    line.add_argument("FILE", options.file, "The message; \"-\" is standard input").required();
+    line.add_option("--from", "ADDRESS", options.from, "Who sends it").required();
+    line.add_option("--to", "ADDRESS", options.to, "Who receives it").required();
+    line.add_channel(options.channel, "Who takes it out of the queue").shows_default();
+    line.add_option("--notify", "LIST", options.notify,
+                    "When the sender wants a report: success,failure,delay or never");
+    line.add_option("--ret", "WORD", options.ret, "How much of the message a report returns: full or hdrs");
+    line.add_option("--envid", "ID", options.envid, "What a report calls the envelope");
+    line.add_option("--orcpt", "ORCPT", options.originals, "Whom the sender has addressed, where it was somebody else");
     line.add_json();
 }
 

@@ -29,7 +29,7 @@ Exit run_show(Arguments arguments, Session& main) {
     CommandLine line("show", "Shows messages as a person reads them: chief header lines, texts, other parts.", kFooter);
     bool html_as_text = false;
     line.add_files();
-    line.app().add_flag("--html-as-text", html_as_text, "Show HTML, where there is no plain text, as text");
+    line.add_flag("--html-as-text", html_as_text, "Show HTML, where there is no plain text, as text");
     line.add_nested();
     line.add_verbose();
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;

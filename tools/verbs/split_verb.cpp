@@ -47,14 +47,11 @@ struct Options {
 
 void declare(CommandLine& line, Options& options) {
     line.add_files("MBOX", "Mailbox files");
-    line.app()
-        .add_option("-o,--output", options.directory, "Directory to write to, made when missing")
-        ->required()
-        ->type_name("DIR");
-    line.app().add_flag("--keep-separator", options.cutting.keep_separator,
-                        "Keep separator and blank lines: the files joined give the mailbox again, without blank "
-                        "lines at its very beginning");
-    line.app().add_flag("--unquote", options.cutting.unquote, "Take one \">\" off lines such as \">From \"");
+    line.add_option("-o,--output", "DIR", options.directory, "Directory to write to, made when missing").required();
+    line.add_flag("--keep-separator", options.cutting.keep_separator,
+                  "Keep separator and blank lines: the files joined give the mailbox again, without blank "
+                  "lines at its very beginning");
+    line.add_flag("--unquote", options.cutting.unquote, "Take one \">\" off lines such as \">From \"");
     line.add_json();
 }
 

@@ -52,16 +52,13 @@ struct Added {
 };
 
 void declare(CommandLine& line, Added& added) {
-    CLI::App& app = line.app();
     added.row.encoding = "base64";
-    app.add_option("--extension", added.row.extension, "At most 9 bytes, without the dot")
-        ->required()
-        ->type_name("TEXT");
-    app.add_option("--type", added.type, "The content type")->required()->type_name("TYPE/SUBTYPE");
-    app.add_option("--encoding", added.row.encoding, "base64, also by default, or quoted-printable")->type_name("NAME");
-    app.add_option("--second-subtype", added.row.second_subtype, "Another subtype")->type_name("TEXT");
-    app.add_option("--mac", added.mac, "Macintosh type and creator, four bytes each")->type_name("CODES");
-    app.add_flag("--replace", added.replace, "Replace the type of that extension, if there is one");
+    line.add_option("--extension", "TEXT", added.row.extension, "At most 9 bytes, without the dot").required();
+    line.add_option("--type", "TYPE/SUBTYPE", added.type, "The content type").required();
+    line.add_option("--encoding", "NAME", added.row.encoding, "base64, also by default, or quoted-printable");
+    line.add_option("--second-subtype", "TEXT", added.row.second_subtype, "Another subtype");
+    line.add_option("--mac", "CODES", added.mac, "Macintosh type and creator, four bytes each");
+    line.add_flag("--replace", added.replace, "Replace the type of that extension, if there is one");
 }
 
 void split_texts(Added& added) {
@@ -107,7 +104,7 @@ Exit run_types_add(Arguments arguments, Session& main) {
 Exit run_types_remove(Arguments arguments, Session& main) {
     CommandLine line("types remove", "Takes file types out of the table.", kRemoveFooter);
     std::vector<std::string> extensions;
-    line.app().add_option("EXTENSION", extensions, "Extensions, without the dot")->required()->type_name("");
+    line.add_argument("EXTENSION", extensions, "Extensions, without the dot").required();
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
     TypesTable table(main);
     Exit worst = Exit::success;
@@ -126,8 +123,8 @@ Exit run_types_import(Arguments arguments, Session& main) {
     CommandLine line("types import", "Puts the types of a file into the table.", kImportFooter);
     std::string name;
     bool clear = false;
-    line.app().add_option("FILE", name, "Types file; \"-\" is standard input")->required()->type_name("");
-    line.app().add_flag("--clear", clear, "Take all other types out");
+    line.add_argument("FILE", name, "Types file; \"-\" is standard input").required();
+    line.add_flag("--clear", clear, "Take all other types out");
     line.add_json();
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
     const TypesFile file = read_types(whole_file(name, main));
@@ -147,9 +144,7 @@ Exit run_types_import(Arguments arguments, Session& main) {
 
 Exit run_types_export(Arguments arguments, Session& main) {
     CommandLine line("types export", "Writes all file types into a file.", kExportFooter);
-    line.app()
-        .add_option("-o,--output", line.output, "File to write, all of it or nothing; standard output by default")
-        ->type_name("PATH");
+    line.add_output();
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
     std::string text = types_heading();
     TypesTable(main).for_each([&](const TypeRow& row) { text += types_line(row); });

@@ -99,11 +99,8 @@ Exit run_types_find(Arguments arguments, Session& main) {
     CommandLine line("types find", "Finds file types.", kFindFooter);
     std::vector<std::string> texts;
     std::vector<std::string> codes;
-    line.app().add_option("TEXT", texts, "Extensions and content types")->type_name("");
-    line.app()
-        .add_option("--mac", codes, "Macintosh type and creator, as TEXTttxt")
-        ->type_name("CODES")
-        ->allow_extra_args(false);
+    line.add_argument("TEXT", texts, "Extensions and content types");
+    line.add_option("--mac", "CODES", codes, "Macintosh type and creator, as TEXTttxt").one_each();
     line.add_json();
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
     if (texts.empty() && codes.empty()) return line.misuse("give something to find", main);

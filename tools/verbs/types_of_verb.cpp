@@ -68,7 +68,7 @@ void write_object(const Verdict& verdict, Output& output) {
 Exit run_types_of(Arguments arguments, Session& main) {
     CommandLine line("types of", "Tells as what files would be sent.", kFooter);
     std::vector<std::string> files;
-    line.app().add_option("FILE", files, "Files of any kind")->required()->type_name("");
+    line.add_argument("FILE", files, "Files of any kind").required();
     line.add_json();
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
     const TypesTable types(main);

@@ -6,7 +6,7 @@
 //       CommandLine line("count", "Counts entities.", kFooter);
 //       line.add_files();
 //       line.add_json();
-//       line.app().add_flag("--deep", deep, "...");  // options of its own
+//       line.add_flag("--deep", deep, "...");  // options of its own
 //       if (const auto exit = line.read(std::move(arguments), main)) return *exit;
 //       return for_each_file(line, main, [&](const std::string& file, Session& session) {
 //           const ParsedMessage message = parse_message(file, line.parse_options, session);

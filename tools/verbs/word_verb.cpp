@@ -58,14 +58,12 @@ void declare(CommandLine& line, Options& options) {
     line.add_word("ACTION", "What to do", kActions);
     line.add_texts();
     line.add_json();
-    CLI::App& app = line.app();
-    auto* charset =
-        app.add_option("--charset", options.charset, "Charset of the text; words of others stay as they are");
-    auto* method = app.add_option("--method", options.method, "Encoding of the words: B or Q");
-    auto* force = app.add_flag("--force", options.force,
+    auto charset =
+        line.add_option("--charset", "NAME", options.charset, "Charset of the text; words of others stay as they are");
+    auto method = line.add_option("--method", "", options.method, "Encoding of the words: B or Q")
+                      .one_of({"B", "Q"}, Option::LetterCase::does_not_count);
+    auto force = line.add_flag("--force", options.force,
                                "Encode although the settings switch it off; decode words of every charset");
-    charset->type_name("NAME");
-    method->type_name("")->transform(CLI::IsMember({"B", "Q"}, CLI::ignore_case).description(""));
     line.only_with({"encode", "decode"}, charset);
     line.only_with({"encode"}, method);
     line.only_with({"encode", "decode"}, force);
