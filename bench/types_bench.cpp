@@ -38,7 +38,7 @@ void look_up_type(benchmark::State& state) {
     count(state, 0, 1);
 }
 
-BENCHMARK(look_up_type)->Arg(660)->Arg(10'000);
+BENCHMARK(look_up_type)->Arg(750)->Arg(10'000);
 
 }  // namespace
 }  // namespace vel::bench
