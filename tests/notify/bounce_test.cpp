@@ -47,17 +47,6 @@ class BounceTest : public NotifyTest {
         return multipart(heading, "mixed", {text_part(replaced(notice, "%", "no such user\ntry later\n")), original});
     }
 
-    // What a call answers, whom its bounces go to, and what is logged: "0 to joe@x.y; 3 Bounced ...".
-    std::string outcome(int result) {
-        std::string text = std::to_string(result);
-        for (const std::string& envelope : take_envelopes()) {
-            const std::size_t to = envelope.find(" to ");
-            text.append(envelope, to, envelope.find('|', to) - to);
-        }
-        for (const LogLine& line : take_log()) text += "; " + std::to_string(line.level) + " " + line.text;
-        return text;
-    }
-
     Chain reasons_{"no such user|try later"};
     const std::string postmaster_ = "postmaster@gw.corp";
 };

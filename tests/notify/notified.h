@@ -69,6 +69,18 @@ class NotifyTest : public BuildTest {
         return std::exchange(queue_.envelopes, {});
     }
 
+    // What a call answers, whom its notices go to, and what is logged: "0 to joe@x.y; 3 Bounced ...".
+    std::string outcome(int result) {
+        std::string text = std::to_string(result);
+        for (const std::string& envelope : take_envelopes()) {
+            for (std::size_t to = 0; (to = envelope.find(" to ", to)) != std::string::npos; ++to) {
+                text.append(envelope, to, envelope.find('|', to) - to);
+            }
+        }
+        for (const LogLine& line : take_log()) text += "; " + std::to_string(line.level) + " " + line.text;
+        return text;
+    }
+
     const std::string message_ = "#Fjoe@x.y\r\n#Ra@b.c\r\nSubject: s\r\nTo: a@b.c\r\n\r\nbody\r\n";
     const std::string file_ = file("message.msg", message_);
     const std::string path_ = (directory() / "message").string();
