@@ -2,9 +2,9 @@
 #include <array>
 #include <nlohmann/json.hpp>
 
-#include "tools/message/delivery_report.h"
 #include "tools/message/draw_tree.h"
 #include "tools/message/message_json.h"
+#include "tools/report/delivery_report.h"
 #include "tools/verbs/command_line.h"
 #include "tools/verbs/many_files.h"
 #include "tools/verbs/reporting.h"

@@ -1,11 +1,11 @@
 // The fields of a delivery report for programs (RFC 3464 section 2).
-#ifndef VEL_TOOLS_MESSAGE_STATUS_READER_H
-#define VEL_TOOLS_MESSAGE_STATUS_READER_H
+#ifndef VEL_TOOLS_REPORT_STATUS_READER_H
+#define VEL_TOOLS_REPORT_STATUS_READER_H
 
 #include <string>
 #include <string_view>
 
-#include "tools/message/reported_recipient.h"
+#include "tools/report/reported_recipient.h"
 
 namespace vel::command {
 

@@ -2,8 +2,8 @@
 #include <nlohmann/json.hpp>
 
 #include "tools/io/table.h"
-#include "tools/message/delivery_report.h"
 #include "tools/message/message_json.h"
+#include "tools/report/delivery_report.h"
 #include "tools/text/facts.h"
 #include "tools/text/text_forms.h"
 

@@ -1,6 +1,6 @@
 // What mailers write for people about recipients, line by line.
-#ifndef VEL_TOOLS_MESSAGE_BOUNCE_READER_H
-#define VEL_TOOLS_MESSAGE_BOUNCE_READER_H
+#ifndef VEL_TOOLS_REPORT_BOUNCE_READER_H
+#define VEL_TOOLS_REPORT_BOUNCE_READER_H
 
 #include <cstddef>
 #include <optional>
@@ -8,7 +8,7 @@
 #include <string_view>
 #include <unordered_map>
 
-#include "tools/message/reported_recipient.h"
+#include "tools/report/reported_recipient.h"
 
 namespace vel::command {
 

@@ -1,4 +1,4 @@
-#include "tools/message/status_reader.h"
+#include "tools/report/status_reader.h"
 
 #include <algorithm>
 #include <array>

@@ -1,10 +1,10 @@
-#include "tools/message/bounce_reader.h"
+#include "tools/report/bounce_reader.h"
 
 #include <algorithm>
 #include <array>
 #include <utility>
 
-#include "tools/message/bounce_phrases.h"
+#include "tools/report/bounce_phrases.h"
 #include "tools/text/ascii.h"
 
 namespace vel::command {

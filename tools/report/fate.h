@@ -1,6 +1,6 @@
 // What has become of a recipient, and the codes of replies and reports that tell it.
-#ifndef VEL_TOOLS_MESSAGE_FATE_H
-#define VEL_TOOLS_MESSAGE_FATE_H
+#ifndef VEL_TOOLS_REPORT_FATE_H
+#define VEL_TOOLS_REPORT_FATE_H
 
 #include <string_view>
 

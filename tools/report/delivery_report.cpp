@@ -1,4 +1,4 @@
-#include "tools/message/delivery_report.h"
+#include "tools/report/delivery_report.h"
 
 #include <algorithm>
 #include <utility>
@@ -6,11 +6,11 @@
 
 #include "tools/io/lines.h"
 #include "tools/message/body_file.h"
-#include "tools/message/bounce_phrases.h"
-#include "tools/message/bounce_reader.h"
 #include "tools/message/enclosure.h"
 #include "tools/message/entity.h"
 #include "tools/message/header_texts.h"
+#include "tools/report/bounce_phrases.h"
+#include "tools/report/bounce_reader.h"
 
 namespace vel::command {
 namespace {

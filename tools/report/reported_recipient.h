@@ -1,6 +1,6 @@
 // What a delivery report says of its recipients.
-#ifndef VEL_TOOLS_MESSAGE_REPORTED_RECIPIENT_H
-#define VEL_TOOLS_MESSAGE_REPORTED_RECIPIENT_H
+#ifndef VEL_TOOLS_REPORT_REPORTED_RECIPIENT_H
+#define VEL_TOOLS_REPORT_REPORTED_RECIPIENT_H
 
 #include <cstddef>
 #include <cstdint>
@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "tools/message/fate.h"
+#include "tools/report/fate.h"
 #include "tools/text/utf8.h"
 
 namespace vel::command {

@@ -1,4 +1,4 @@
-#include "tools/message/fate.h"
+#include "tools/report/fate.h"
 
 #include <array>
 

@@ -1,6 +1,6 @@
 // Delivery reports, whoever made them: those for programs (RFC 3464, RFC 6533), and what mailers write for people.
-#ifndef VEL_TOOLS_MESSAGE_DELIVERY_REPORT_H
-#define VEL_TOOLS_MESSAGE_DELIVERY_REPORT_H
+#ifndef VEL_TOOLS_REPORT_DELIVERY_REPORT_H
+#define VEL_TOOLS_REPORT_DELIVERY_REPORT_H
 
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
@@ -8,8 +8,8 @@
 
 #include "tools/io/session.h"
 #include "tools/message/message.h"
-#include "tools/message/reported_recipient.h"
-#include "tools/message/status_reader.h"
+#include "tools/report/reported_recipient.h"
+#include "tools/report/status_reader.h"
 #include "tools/text/readable.h"
 
 namespace vel::command {

@@ -1,4 +1,4 @@
-#include "tools/message/bounce_phrases.h"
+#include "tools/report/bounce_phrases.h"
 
 #include <algorithm>
 #include <array>

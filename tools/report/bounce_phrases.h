@@ -1,6 +1,6 @@
 // The phrases by which mailers tell people what became of a message, when there is no report for programs.
-#ifndef VEL_TOOLS_MESSAGE_BOUNCE_PHRASES_H
-#define VEL_TOOLS_MESSAGE_BOUNCE_PHRASES_H
+#ifndef VEL_TOOLS_REPORT_BOUNCE_PHRASES_H
+#define VEL_TOOLS_REPORT_BOUNCE_PHRASES_H
 
 #include <cstddef>
 #include <string_view>
