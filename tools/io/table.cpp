@@ -2,17 +2,16 @@
 
 #include <algorithm>
 
-#include "tools/text/utf8.h"
-
 namespace vel::command {
 namespace {
 
 constexpr std::size_t kWidest = 60;  // a longer cell moves its row, not the whole table
 constexpr std::string_view kBetween = "  ";
 
+// A cell is text, so each byte but those that continue a character begins one (RFC 3629 section 3).
 std::size_t width_of(std::string_view cell) {
     std::size_t width = 0;
-    for_each_character(cell, [&](char32_t, std::string_view) { ++width; });
+    for (const char c : cell) width += (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;
     return width;
 }
 
