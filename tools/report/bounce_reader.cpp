@@ -4,145 +4,136 @@
 #include <array>
 #include <utility>
 
-#include "tools/report/bounce_phrases.h"
+#include "tools/report/field_value.h"
+#include "tools/report/status_code.h"
 #include "tools/text/ascii.h"
 
 namespace vel::command {
 namespace {
 
-constexpr std::string_view kTranscript = "transcript of session follows";
-constexpr std::string_view kTalkingTo = "while talking to ";
-constexpr std::string_view kReplyMark = "<<<";
-constexpr std::string_view kDots = "...";
-
-// What stands before an address or a reason.
-constexpr std::array<std::string_view, 6> kAddressLabels{
-    "recipient address:", "recipient:", "failed recipient:", "address:", "user:", "to:"};
-constexpr std::array<std::string_view, 7> kReasonLabels{"(reason:",
-                                                        "reason:",
-                                                        "because:",
-                                                        "because",
-                                                        "the error was:",
-                                                        "technical details of permanent failure:",
-                                                        "technical details of temporary failure:"};
-
-// What may stand behind an address where it does not belong to a sentence.
-constexpr std::array<std::string_view, 7> kBehindAddress{":", "(", ",", ";", "-", "...", "on "};
-
-template <std::size_t size>
-bool remove_label(std::string_view& line, const std::array<std::string_view, size>& labels) {
-    const auto* label = std::find_if(labels.begin(), labels.end(), [&](auto text) { return begins(line, text); });
-    if (label == labels.end()) return false;
-    line = trimmed(line.substr(label->size()));
-    return true;
-}
-
-struct FoundAddress {
-    std::string_view address;
-    std::string_view rest;  // of the line
-};
-
-// An address at the beginning of a text, in brackets or quotes perhaps. Without an "@" only one in brackets is.
-std::optional<FoundAddress> address_at(std::string_view text) {
-    text.remove_prefix(std::min(text.size(), text.find_first_not_of(" \t*'\"")));
-    const bool bracketed = text.starts_with('<');
-    if (bracketed) text.remove_prefix(1);
-    const std::size_t end = std::min(text.size(), text.find_first_of(bracketed ? "> \t" : " \t<>(),;:'\"*"));
-    std::string_view address = text.substr(0, end);
-    std::string_view rest = text.substr(end);
-    if (bracketed && !rest.starts_with('>')) return std::nullopt;
-    const std::size_t dots = bracketed ? std::string_view::npos : address.find(kDots);
-    if (dots != std::string_view::npos) {
-        rest = text.substr(dots);
-        address = address.substr(0, dots);
-    }
-    const std::size_t at = address.rfind('@');
-    const bool is_address =
-        at == std::string_view::npos ? bracketed && !address.empty() : at > 0 && at + 1 < address.size();
-    if (!is_address) return std::nullopt;
-    rest.remove_prefix(std::min(rest.size(), rest.find_first_not_of(bracketed ? ">*'\" \t" : "*'\" \t")));
-    return FoundAddress{address, rest};
-}
-
-bool stands_alone(std::string_view rest) {
-    return rest.empty() || std::any_of(kBehindAddress.begin(), kBehindAddress.end(),
-                                       [&](std::string_view text) { return rest.starts_with(text); });
-}
-
 // Behind an address the time, or the phrase once more: "(unrecoverable error)".
 bool is_aside(std::string_view rest) { return rest.starts_with("on ") || last_phrase(lower(rest), 0).phrase; }
 
-bool has_code(std::string_view text) { return !enhanced_code_in(text).empty() || !reply_code_in(text).empty(); }
+// A line that is followed by what it tells of.
+bool is_heading(std::string_view line) { return line.ends_with(':') || line.ends_with('-'); }
 
-// "host mx.example.com[192.0.2.1] said: ...", in any case.
-std::string_view host_in(std::string_view reason) {
-    constexpr std::string_view mark = "host ";
-    if (!begins(reason, mark)) return {};
-    const std::string_view host = reason.substr(mark.size());
-    return host.substr(0, host.find_first_of(" [:\t"));
-}
-
-struct Reply {
-    std::string_view code;  // empty: the line is no reply
-    std::string_view text;  // behind the codes
-};
-
-Reply reply_in(std::string_view line) {
-    const std::string_view code = reply_code_in(line);
-    if (code.empty() || code.data() != line.data()) return {{}, line};
-    std::string_view text = trimmed(line.substr(std::min(line.size(), code.size() + 1)));
-    const std::string_view enhanced = enhanced_code_in(text);
-    if (!enhanced.empty() && enhanced.data() == text.data()) text = trimmed(text.substr(enhanced.size()));
-    return {code, text};
+// "host mx.example.com[192.0.2.1] said: ...", "192.0.2.1 does not like recipient.", in any case.
+std::string_view host_told_in(std::string_view reason) {
+    constexpr std::array<std::string_view, 3> before{"host ", "host: ", "connected to "};
+    constexpr std::array<std::string_view, 2> behind{" does not like ", " failed after "};
+    for (const std::string_view mark : before) {
+        if (begins(reason, mark))
+            return reason.substr(mark.size(), reason.find_first_of(" [:\t", mark.size()) - mark.size());
+    }
+    const std::string_view host = reason.substr(0, reason.find(' '));
+    const std::string_view rest = reason.substr(host.size());
+    return begins(rest, behind[0]) || begins(rest, behind[1]) ? host : std::string_view();
 }
 
 }  // namespace
 
 bool BounceReader::take(std::string_view line) {
-    const bool indented = line.find_first_of(" \t") == 0;
+    indent_ = std::min(line.size(), line.find_first_not_of(" \t"));
     line = trimmed(line);
-    const std::string lowered = lower(line);
-    const bool is_trace = !indented && (lowered.starts_with("received:") || lowered.starts_with("return-path:"));
-    if (!recipients_.empty() && (is_trace || announces_return(lowered))) return false;
+    window_.erase(0, is_parted_ ? window_.size() : window_.size() - tail_of(window_).size());
+    window_ += ' ';
+    window_line_ = window_.size();
+    std::transform(line.begin(), line.end(), std::back_inserter(window_), [](char c) { return lower(c); });
+    if (ends_report(std::string_view(window_).substr(window_line_), indent_ > 0)) return false;
     if (line.empty()) {
-        if (current_ && !recipients_.kept()[*current_].reason.empty()) current_.reset();
-        is_parted_ = true;
-    } else if (lowered.find(kTranscript) != std::string::npos) {
-        in_transcript_ = true;
-        current_.reset();
-    } else if (in_transcript_) {
-        take_transcript(line);
-    } else if (!take_phrase(line, lowered) && !take_recipients(line)) {
-        take_reason(line);
+        take_blank();
+    } else if (transcript_.begin(std::string_view(window_).substr(window_line_))) {
+        told_ = Told::nothing;
+    } else if (transcript_.has_begun()) {
+        transcript_.take(line, recipients_);
+    } else {
+        take_text(line);
     }
-    previous_ = lowered;
+    if (!line.empty()) is_parted_ = false;
     return true;
 }
 
-// Phrases may be broken over two lines. One may name a recipient itself.
-bool BounceReader::take_phrase(std::string_view line, std::string_view lowered) {
-    const std::string joined = std::string(previous_).append(" ").append(lowered);
-    const std::size_t start = previous_.size() + 1;
-    const FoundPhrase found = last_phrase(joined, start);
+bool BounceReader::ends_report(std::string_view line, bool is_indented) const {
+    const bool is_trace = !is_indented && (line.starts_with("received:") || line.starts_with("return-path:"));
+    return (!recipients_.empty() || !reason_for_all_.empty()) && (is_trace || announces_return(line));
+}
+
+void BounceReader::take_blank() {
+    if (told_ != Told::nothing && !reason().empty() && !awaits_reason_) told_ = Told::nothing;
+    is_parted_ = true;
+}
+
+void BounceReader::take_text(std::string_view line) {
+    const Labelled told = labelled(line);
+    if (told.label == Label::none && continues_reason(line)) return take_reason(line);
+    if (take_label(told) || take_phrase(line)) return;
+    if (!take_recipients(told.label == Label::address ? told.text : line)) take_reason(line);
+}
+
+// Reasons name other addresses, and say in their words what has failed.
+bool BounceReader::continues_reason(std::string_view line) const {
+    if (is_heading(line)) return false;
+    if (told_ == Told::recipient) return !is_parted_ && indent_ > last_indent_;
+    const auto named = address_at(line);
+    return told_ == Told::all && (reason_for_all_.empty() || !is_parted_) && !(named && stands_alone(named->rest));
+}
+
+// What tells of a recipient goes to the last one that was named, however far above.
+bool BounceReader::take_label(const Labelled& told) {
+    if (told.label == Label::none || told.label == Label::address) return false;
+    if (told.label == Label::aside) return true;
+    if (recipients_.empty() && told_ != Told::all) return false;
+    if (!recipients_.empty()) told_ = Told::recipient;
+    if (told.label == Label::host) {
+        if (told_ == Told::recipient) recipients_[last_].remote_mta = host_in(told.text);
+        return true;
+    }
+    awaits_reason_ = told.text.empty();
+    add_to_reason(told.label == Label::diagnostic ? typed(told.text).value : told.text);
+    return true;
+}
+
+// Phrases may be broken over two lines.
+bool BounceReader::take_phrase(std::string_view line) {
+    const FoundPhrase found = last_phrase(window_, window_line_);
     if (!found.phrase) return false;
     action_ = found.phrase->action;
-    current_.reset();
-    const auto named = address_at(line.substr(found.end - start));
-    if (!named) return take_recipients(line), true;
-    if (recipient(named->address, action_)) take_reason(named->rest);
+    told_ = Told::nothing;
+    if (const auto named = address_around(found, line)) {
+        if (select(named->address, action_)) take_reason(named->rest);
+    } else if (!take_recipients(line) && found.phrase->tells_why_next) {
+        told_ = Told::all;
+        action_for_all_ = action_;
+    }
     return true;
+}
+
+// The address that a phrase names itself, behind or before it.
+std::optional<LineAddress> BounceReader::address_around(const FoundPhrase& phrase, std::string_view line) const {
+    constexpr std::string_view to = "message to ";
+    std::string_view behind = line.substr(phrase.end - window_line_);
+    behind.remove_prefix(std::min(behind.size(), behind.find_first_not_of(": ")));
+    if (const auto named = address_at(behind)) return named;
+    const std::size_t opening = window_.find(to, window_line_);
+    if (opening == window_.npos || opening > phrase.start) return std::nullopt;
+    auto named = address_at(line.substr(opening - window_line_ + to.size()));
+    if (named) named->rest = {};
+    return named;
 }
 
 bool BounceReader::take_recipients(std::string_view line) {
     if (action_.empty()) return false;
-    remove_label(line, kAddressLabels);
     bool any = false;
-    while (const auto found = address_at(line)) {
-        if (!stands_alone(found->rest)) break;
-        if (!any && places_.contains(lower(found->address)) && current_) return false;  // a reason that names it
+    for (auto found = address_at(line);; found = address_at(line)) {
+        if (!found && !any && (is_parted_ || told_ == Told::nothing)) {
+            found = mailbox_at(line);
+            if (!found) found = name_at(line);
+        }
+        if (!found || !stands_alone(found->rest)) break;
+        if (!any && told_ == Told::recipient && recipients_.known(found->address)) return false;  // a reason names it
         any = true;
         line = found->rest;
-        if (!recipient(found->address, action_)) continue;
+        if (!select(found->address, action_)) continue;
         if (line.starts_with(',') || line.starts_with(';')) {
             line.remove_prefix(1);
             continue;
@@ -155,64 +146,41 @@ bool BounceReader::take_recipients(std::string_view line) {
 
 // Behind a blank line only what is clearly a reason is one.
 void BounceReader::take_reason(std::string_view line) {
-    if (!current_ || line.empty()) return;
-    std::string_view text = line;
-    const bool labelled = remove_label(text, kReasonLabels);
-    if (is_parted_ && !labelled && !has_code(text)) return current_.reset();
-    is_parted_ = false;
-    if (labelled && line.starts_with('(') && text.ends_with(')')) text.remove_suffix(1);
-    ReportedRecipient& recipient = recipients_.kept()[*current_];
-    if (!recipient.reason.empty()) append_report_text(recipient.reason, " ");
-    append_report_text(recipient.reason, text);
-    if (recipient.remote_mta.empty()) recipient.remote_mta = host_in(text);
-}
-
-// "... while talking to mx.example.com.:", "<<< 550 5.1.1 no such user", "554 <ann@example.com>... Deferred".
-void BounceReader::take_transcript(std::string_view line) {
-    const std::size_t host = line.find(kTalkingTo);
-    if (host != std::string_view::npos) {
-        host_ = line.substr(host + kTalkingTo.size());
-        host_.erase(host_.find_last_not_of(".: \t") + 1);
+    if (told_ == Told::nothing || line.empty()) return;
+    const Labelled labelled_reason = labelled(line);
+    const bool is_clear =
+        told_ == Told::all || awaits_reason_ || labelled_reason.label == Label::reason || has_code(line);
+    if (is_parted_ && !is_clear) {
+        told_ = Told::nothing;
         return;
     }
-    if (line.starts_with(kReplyMark)) line = trimmed(line.substr(kReplyMark.size()));
-    const Reply reply = reply_in(line);
-    if (!reply.code.empty()) reply_ = line;
-    const auto found = address_at(reply.text);
-    if (!found || !found->rest.starts_with(kDots)) return;
-    const bool is_final =
-        !reply.code.empty() ? reply.code.front() == '5' : found->rest.find("Deferred") == std::string_view::npos;
-    if (!recipient(found->address, is_final ? "failed" : "delayed")) return;
-    ReportedRecipient& named = recipients_.kept()[*current_];
-    if (named.remote_mta.empty()) named.remote_mta = host_;
-    if (named.reason.empty()) take_reason(!reply.code.empty() ? line : trimmed(found->rest.substr(kDots.size())));
-    current_.reset();
+    awaits_reason_ = false;
+    add_to_reason(labelled_reason.label == Label::reason ? labelled_reason.text : line);
 }
 
-// The recipient with this address, a new one if need be, as the current one; null when there is no room.
-ReportedRecipient* BounceReader::recipient(std::string_view address, std::string_view action) {
-    current_.reset();
-    is_parted_ = false;
-    if (recipients_.is_full() && !places_.contains(lower(address))) {
-        recipients_.add({});
-        return nullptr;
-    }
-    const auto [place, is_new] = places_.emplace(lower(address), recipients_.kept().size());
-    current_ = place->second;
-    if (is_new) {
-        ReportedRecipient added;
-        append_report_text(added.address, address);
-        added.action = action;
-        recipients_.add(std::move(added));
-    }
-    return &recipients_.kept()[*current_];
+void BounceReader::add_to_reason(std::string_view text) {
+    add_reason(reason(), text);
+    if (told_ != Told::recipient) return;
+    ReportedRecipient& recipient = recipients_[last_];
+    if (recipient.remote_mta.empty()) recipient.remote_mta = host_told_in(text);
+}
+
+// The recipient that the next lines tell of; false when there is no room.
+bool BounceReader::select(std::string_view address, std::string_view action) {
+    const std::optional<std::size_t> place = recipients_.place_of(address, action);
+    told_ = place ? Told::recipient : Told::nothing;
+    last_ = place.value_or(last_);
+    last_indent_ = indent_;
+    is_parted_ = awaits_reason_ = false;
+    return place.has_value();
 }
 
 void BounceReader::finish() {
-    for (ReportedRecipient& recipient : recipients_.kept()) {
-        if (recipient.reason.empty()) recipient.reason = reply_;
-        const std::string_view code = enhanced_code_in(recipient.reason);
-        recipient.status = code;
+    if (recipients_.empty() && !reason_for_all_.empty()) select("", action_for_all_);
+    const std::string& otherwise = reason_for_all_.empty() ? transcript_.refusal() : reason_for_all_;
+    for (ReportedRecipient& recipient : recipients().kept()) {
+        if (recipient.reason.empty()) recipient.reason = otherwise;
+        recipient.status = enhanced_code_in(recipient.reason);
         recipient.fate = fate_of(recipient.action, recipient.status, recipient.reason);
     }
 }

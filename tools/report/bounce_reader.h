@@ -6,14 +6,18 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 
-#include "tools/report/reported_recipient.h"
+#include "tools/report/bounce_phrases.h"
+#include "tools/report/labels.h"
+#include "tools/report/line_address.h"
+#include "tools/report/named_recipients.h"
+#include "tools/report/transcript.h"
 
 namespace vel::command {
 
 // All mailers write alike: a phrase that says what happened, then each recipient at the beginning of a line with the
-// reason behind or below it; old ones also what was said between two hosts, where replies name recipients.
+// reason behind or below it; old ones also what was said between two hosts. Some give one reason for all, and name
+// nobody: that makes one recipient without an address.
 class BounceReader {
   public:
     // A line, or the beginning of one that is longer than the reader's. False: the returned message begins, with this
@@ -21,24 +25,38 @@ class BounceReader {
     bool take(std::string_view line);
     void finish();
 
-    ReportedRecipients& recipients() { return recipients_; }
+    ReportedRecipients& recipients() { return recipients_.all(); }
+    NamedRecipients& named() { return recipients_; }
 
   private:
-    bool take_phrase(std::string_view line, std::string_view lowered);
+    enum class Told { nothing, recipient, all };  // whom the lines tell the reason of
+
+    bool ends_report(std::string_view line, bool is_indented) const;
+    void take_blank();
+    void take_text(std::string_view line);
+    bool continues_reason(std::string_view line) const;
+    bool take_label(const Labelled& told);
+    bool take_phrase(std::string_view line);
+    std::optional<LineAddress> address_around(const FoundPhrase& phrase, std::string_view line) const;
     bool take_recipients(std::string_view line);
     void take_reason(std::string_view line);
-    void take_transcript(std::string_view line);
-    ReportedRecipient* recipient(std::string_view address, std::string_view action);
+    void add_to_reason(std::string_view text);
+    std::string& reason() { return told_ == Told::all ? reason_for_all_ : recipients_[last_].reason; }
+    bool select(std::string_view address, std::string_view action);
 
-    ReportedRecipients recipients_;
-    std::unordered_map<std::string, std::size_t> places_;  // of the kept ones, by the address in lower case
-    std::string previous_;                                 // line, in lower case
-    std::string_view action_;                              // of the phrase that came last; empty: none has come
-    std::optional<std::size_t> current_;                   // that the lines tell the reason of
-    bool is_parted_ = false;                               // a blank line stands between it and its reason
-    bool in_transcript_ = false;
-    std::string host_;   // that the transcript is about
-    std::string reply_;  // its last one
+    NamedRecipients recipients_;
+    Transcript transcript_;
+    std::string window_;           // the line in lower case, behind the end of the one before
+    std::size_t window_line_ = 0;  // where it begins
+    std::string_view action_;      // of the phrase that came last; empty: none has come
+    std::size_t indent_ = 0;       // of the line
+    std::size_t last_indent_ = 0;  // of the one that has named the last recipient
+    std::size_t last_ = 0;
+    Told told_ = Told::nothing;
+    bool is_parted_ = false;      // a blank line stands before this one
+    bool awaits_reason_ = false;  // a label has announced it
+    std::string reason_for_all_;
+    std::string action_for_all_;
 };
 
 }  // namespace vel::command

@@ -4,56 +4,17 @@
 #include <utility>
 #include <vector>
 
-#include "tools/io/lines.h"
 #include "tools/message/body_file.h"
 #include "tools/message/enclosure.h"
 #include "tools/message/entity.h"
 #include "tools/message/header_texts.h"
 #include "tools/report/bounce_phrases.h"
-#include "tools/report/bounce_reader.h"
+#include "tools/report/report_parts.h"
+#include "tools/report/report_text.h"
+#include "tools/text/ascii.h"
 
 namespace vel::command {
 namespace {
-
-bool has_subtype(const MimeMsg& record, std::initializer_list<std::string_view> subtypes) {
-    return std::any_of(subtypes.begin(), subtypes.end(),
-                       [&](std::string_view subtype) { return same(text_of(record.contentSubtype), subtype); });
-}
-
-bool is_status(const MimeMsg& record) { return has_subtype(record, {"delivery-status", "global-delivery-status"}); }
-
-bool is_disposition(const MimeMsg& record) {
-    return has_subtype(record, {"disposition-notification", "global-disposition-notification"});
-}
-
-bool is_returned(const MimeMsg& record) {
-    return has_subtype(record, {"rfc822", "rfc822-headers", "global", "global-headers"});
-}
-
-bool is_text(const MimeMsg& record) {
-    const std::string_view type = text_of(record.contentType), subtype = text_of(record.contentSubtype);
-    return type.empty() || (same(type, "text") && (subtype.empty() || same(subtype, "plain")));
-}
-
-// A header line of a part, in a multipart that could not be read as one.
-bool begins_returned_part(std::string_view line) {
-    constexpr std::string_view field = "Content-Type:";
-    if (!begins(line, field)) return false;
-    const std::string_view type = trimmed(line.substr(field.size()));
-    return begins(type, "message/rfc822") || begins(type, "message/global") || begins(type, "text/rfc822-headers");
-}
-
-// The header block that begins at the next line which is not blank.
-Range next_header_block(LineReader& lines) {
-    std::optional<Line> line = lines.next();
-    while (line && trimmed(line->text).empty()) line = lines.next();
-    Range block{line ? line->start : lines.position(), lines.position()};
-    for (bool whole = true; (line = lines.next()); whole = line->text.ends_with('\n')) {
-        if (whole && trimmed(line->text).empty()) break;
-        block.end = line->end;
-    }
-    return block;
-}
 
 class Reading {
   public:
@@ -61,11 +22,11 @@ class Reading {
 
     DeliveryReport read() {
         for (const Enclosure& enclosure : enclosures_of(message_)) {
-            if (read_status(enclosure) || read_texts(enclosure) || read_failed_field(enclosure)) {
-                read_returned(enclosure);
+            if (read_status(enclosure) || read_mailers_texts(enclosure) || read_failed_field(enclosure)) {
+                read_returned_part(enclosure);
                 return std::move(report_);
             }
-            refuse_disposition(enclosure);
+            refuse_others(enclosure);
         }
         throw Failure(Exit::bad_data, claims_ ? "is a delivery report that names no recipient"
                                               : "is no delivery report: no mailer tells of a recipient in it");
@@ -92,7 +53,9 @@ class Reading {
             reader.finish();
         }
         report_.message = reader.message();
-        return take_recipients(reader.recipients(), true);
+        if (!take_recipients(reader.recipients(), true)) return false;
+        add_reasons(enclosure);
+        return true;
     }
 
     bool take_recipients(ReportedRecipients& recipients, bool for_programs) {
@@ -100,6 +63,15 @@ class Reading {
         report_.recipients = std::move(recipients);
         report_.for_programs = for_programs;
         return true;
+    }
+
+    // Those that the fields leave out, from the texts beside them.
+    void add_reasons(const Enclosure& enclosure) {
+        for (const int index : enclosure.parts) {
+            if (!lacks_reasons(report_.recipients)) return;
+            if (index == report_.part) continue;
+            if (std::optional<ReportText> text = read_part(index)) take_reasons(report_.recipients, text->told);
+        }
     }
 
     // The fields of the enclosure's header by which mailers are known, and those that they address recipients in.
@@ -111,61 +83,51 @@ class Reading {
             {"From", "Return-Path", "Auto-Submitted", "X-Failed-Recipients", "Content-Type", "Subject"});
     }
 
-    bool read_texts(const Enclosure& enclosure) {
+    bool read_mailers_texts(const Enclosure& enclosure) {
         const std::vector<HeaderText> fields = fields_of(enclosure);
         if (!std::any_of(fields.begin(), fields.end(),
                          [](const HeaderText& field) { return tells_of_mailer(field.name, field.text); })) {
             return false;
         }
         for (const int index : enclosure.parts) {
-            const MimeMsg& record = message_.record(index);
-            if (!has_content(record) || !(is_text(record) || is_status(record))) continue;
-            const BodyFile body = body_of(index);
-            LineReader lines(body.file.get());
+            std::optional<ReportText> text = read_part(index);
+            if (!text || !take_text(*text)) continue;
             report_.part = index;
-            if (read_text(lines, lines.file_size())) return true;
+            return true;
         }
-        report_.part.reset();
         return enclosure.depth == 0 && read_uncovered();
+    }
+
+    // What a part tells people; nothing when it is none that does.
+    std::optional<ReportText> read_part(int index) {
+        const MimeMsg& record = message_.record(index);
+        if (!has_content(record) || !(is_plain_text(record) || is_html(record) || is_status(record)))
+            return std::nullopt;
+        const BodyFile body = body_of(index);
+        if (is_html(record)) return read_html(body.file.get(), session_.scratch);
+        LineReader lines(body.file.get());
+        return read_text(lines, lines.file_size());
     }
 
     bool read_uncovered() {
         LineReader lines(message_.input.path);
         return std::any_of(message_.uncovered.begin(), message_.uncovered.end(), [&](const Range& range) {
             lines.go_to(range.start);
-            return read_text(lines, range.end);
+            ReportText text = read_text(lines, range.end);
+            return take_text(text);
         });
     }
 
-    // The lines up to an offset, or to the returned message. Fields for programs may stand among them.
-    bool read_text(LineReader& lines, uint32_t end) {
-        StatusReader fields(StatusReader::Found::in_text);
-        BounceReader text;
-        std::optional<uint32_t> returned;  // the line that announces it, or its first one
-        bool begins_line = true;
-        while (!returned && lines.position() < end) {
-            const auto line = lines.next();
-            if (!line) break;
-            const bool is_beginning = std::exchange(begins_line, line->text.ends_with('\n'));
-            fields.take(line->text, is_beginning);
-            if (is_beginning && (!text.take(line->text) || begins_returned_part(line->text))) returned = line->start;
+    // Fields for programs may stand in a text.
+    bool take_text(ReportText& text) {
+        if (take_recipients(text.fields.recipients(), true)) {
+            take_reasons(report_.recipients, text.told);
+        } else if (!take_recipients(text.told.recipients(), false)) {
+            return false;
         }
-        fields.finish();
-        text.finish();
-        if (!take_recipients(fields.recipients(), true) && !take_recipients(text.recipients(), false)) return false;
-        if (report_.message.reporting_mta.empty()) report_.message = fields.message();
-        if (returned) take_announced(lines, *returned);
+        if (report_.message.reporting_mta.empty()) report_.message = text.fields.message();
+        report_.returned = std::move(text.returned);
         return true;
-    }
-
-    // A paragraph may stand before the header: the announcement, or the fields of a part.
-    void take_announced(LineReader& lines, uint32_t start) {
-        lines.go_to(start);
-        const Range first = next_header_block(lines);
-        take_original(lines, first);
-        if (!report_.message_id.empty() || report_.subject) return;
-        lines.go_to(first.end);
-        take_original(lines, next_header_block(lines));
     }
 
     // Some mailers name the recipients in a field.
@@ -186,34 +148,26 @@ class Reading {
         return take_recipients(recipients, false);
     }
 
-    // A disposition notification (RFC 8098) tells what a reader has done: the message had been delivered.
-    void refuse_disposition(const Enclosure& enclosure) {
+    void refuse_others(const Enclosure& enclosure) {
         for (const int index : enclosure.parts) {
-            if (!is_disposition(message_.record(index))) continue;
-            throw Failure(Exit::bad_data, "is no delivery report, but a disposition notification: what a reader did");
+            const char* const other = other_report(message_.record(index));
+            if (other) throw Failure(Exit::bad_data, std::string("is no delivery report, but ").append(other));
         }
     }
 
-    void read_returned(const Enclosure& enclosure) {
-        if (!report_.message_id.empty() || report_.subject) return;
-        for (const int index : enclosure.parts) {
-            const MimeMsg& record = message_.record(index);
-            if (!is_returned(record)) continue;
-            if (is_message(record)) {
-                LineReader lines(message_.input.path);
-                lines.go_to(record.bodyStart);
-                return take_original(lines, next_header_block(lines));
-            }
-            const BodyFile body = body_of(index);
+    void read_returned_part(const Enclosure& enclosure) {
+        if (report_.returned.is_told()) return;
+        const auto part = std::find_if(enclosure.parts.begin(), enclosure.parts.end(),
+                                       [&](int index) { return is_returned(message_.record(index)); });
+        if (part == enclosure.parts.end()) return;
+        const MimeMsg& record = message_.record(*part);
+        if (is_message(record)) {
+            LineReader lines(message_.input.path);
+            report_.returned = read_returned(lines, record.bodyStart);
+        } else {
+            const BodyFile body = body_of(*part);
             LineReader lines(body.file.get());
-            return take_original(lines, next_header_block(lines));
-        }
-    }
-
-    void take_original(LineReader& lines, Range block) {
-        for (const HeaderText& field : header_texts(lines, block, {"Message-ID", "Subject"})) {
-            if (field.name == "Message-ID" && report_.message_id.empty()) report_.message_id = field.text;
-            if (field.name == "Subject" && !report_.subject) report_.subject = readable(field.text);
+            report_.returned = read_returned(lines, 0);
         }
     }
 

@@ -1,4 +1,5 @@
 // Delivery reports for people and for programs.
+#include <algorithm>
 #include <nlohmann/json.hpp>
 
 #include "tools/io/table.h"
@@ -13,6 +14,11 @@ namespace {
 std::string cell(std::string_view text) { return text.empty() ? "-" : visible(text); }
 
 Json text_or_null(std::string_view text) { return text.empty() ? Json() : Json(json_text(text)); }
+
+bool names_all(const ReportedRecipients& recipients) {
+    return std::none_of(recipients.kept().begin(), recipients.kept().end(),
+                        [](const ReportedRecipient& recipient) { return recipient.address.empty(); });
+}
 
 Json recipient_json(const ReportedRecipient& recipient) {
     return {
@@ -32,8 +38,9 @@ Json recipient_json(const ReportedRecipient& recipient) {
 
 void write_report(const DeliveryReport& report, Output& output) {
     Facts facts;
-    facts.add("message", report.message_id);
-    if (report.subject) facts.add_shown("subject", shown(*report.subject));
+    facts.add("message", report.returned.message_id);
+    if (report.returned.subject) facts.add_shown("subject", shown(*report.returned.subject));
+    if (!names_all(report.recipients)) facts.add("addressed to", report.returned.addressees);
     facts.add("envelope id", report.message.envelope_id);
     facts.add("arrived", report.message.arrival_date);
     facts.add("reported by", report.message.reporting_mta);
@@ -58,8 +65,9 @@ Json report_json(const DeliveryReport& report) {
         {"reporting_mta", text_or_null(report.message.reporting_mta)},
         {"arrival_date", text_or_null(report.message.arrival_date)},
         {"envelope_id", text_or_null(report.message.envelope_id)},
-        {"message_id", text_or_null(report.message_id)},
-        {"subject", readable_json(report.subject)},
+        {"message_id", text_or_null(report.returned.message_id)},
+        {"subject", readable_json(report.returned.subject)},
+        {"addressees", text_or_null(report.returned.addressees)},
         {"recipients", std::move(recipients)},
         {"left_out", report.recipients.left_out()},
     };

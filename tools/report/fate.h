@@ -1,4 +1,4 @@
-// What has become of a recipient, and the codes of replies and reports that tell it.
+// What has become of a recipient.
 #ifndef VEL_TOOLS_REPORT_FATE_H
 #define VEL_TOOLS_REPORT_FATE_H
 
@@ -18,13 +18,6 @@ enum class Fate {
 
 // "delivered", "temporary failure"
 const char* name_of(Fate fate);
-
-// The first enhanced status code of a text, "5.1.1" (RFC 3463 section 2); empty when there is none. Parts of longer
-// numbers, such as those of hosts, are none.
-std::string_view enhanced_code_in(std::string_view text);
-
-// The first reply code of a text, "550" (RFC 5321 section 4.2); empty when there is none.
-std::string_view reply_code_in(std::string_view text);
 
 // The action counts (RFC 3464 section 2.3.3), however it is spelt. Whether a failure is temporary, and everything
 // where there is no action, the class of the first code tells: of the status, else of the reason.

@@ -1,10 +1,10 @@
 #include "tools/report/status_reader.h"
 
-#include <algorithm>
 #include <array>
-#include <charconv>
 #include <utility>
 
+#include "tools/report/field_value.h"
+#include "tools/report/status_code.h"
 #include "tools/text/ascii.h"
 
 namespace vel::command {
@@ -40,64 +40,17 @@ constexpr std::array kMessageFields{
     MessageField{"Original-Envelope-Id", &ReportedMessage::envelope_id},
 };
 
-// A value with its type before it: "rfc822; ann@example.com". One without a type has none.
-struct Typed {
-    std::string_view type, value;
-};
-
-Typed typed(std::string_view text) {
-    const std::size_t end = text.find(';');
-    const std::string_view type = trimmed(text.substr(0, end));
-    const bool is_type = end != std::string_view::npos && type.find_first_of(" \t<>@") == std::string_view::npos;
-    return is_type ? Typed{type, trimmed(text.substr(end + 1))} : Typed{{}, trimmed(text)};
-}
-
-// "\x{E9}" becomes the character (RFC 6533 section 3); what is no such escape stays.
-std::string without_unicode_escapes(std::string_view text) {
-    constexpr std::string_view opening = "\\x{";
-    std::string result;
-    while (!text.empty()) {
-        const std::size_t escape = std::min(text.find(opening), text.size());
-        result += text.substr(0, escape);
-        text.remove_prefix(escape);
-        if (text.empty()) break;
-        uint32_t code = 0;
-        const auto [end, error] = std::from_chars(text.data() + opening.size(), text.data() + text.size(), code, 16);
-        const bool is_escape = error == std::errc() && end != text.data() + text.size() && *end == '}' &&
-                               code <= 0x10FFFF && (code < 0xD800 || code > 0xDFFF);
-        if (is_escape) append_utf8(result, static_cast<char32_t>(code));
-        const std::size_t length = is_escape ? static_cast<std::size_t>(end + 1 - text.data()) : opening.size();
-        if (!is_escape) result += opening;
-        text.remove_prefix(length);
-    }
-    return result;
-}
-
-std::string address_in(std::string_view field) {
-    auto [type, value] = typed(field);
-    if (value.starts_with('<') && value.ends_with('>')) value = value.substr(1, value.size() - 2);
-    return same(type, "utf-8") ? without_unicode_escapes(value) : std::string(value);
-}
-
-// What stands in the comment behind a code: "5.0.0 (permanent failure)".
-std::string_view comment_of(std::string_view status) {
-    const std::size_t opening = status.find('(');
-    const std::size_t closing = status.rfind(')');
-    if (opening == std::string_view::npos || closing == std::string_view::npos || closing < opening) return {};
-    return status.substr(opening + 1, closing - opening - 1);
-}
-
 ReportedRecipient recipient_of(Fields& fields) {
     ReportedRecipient recipient;
     recipient.original = address_in(fields.original_recipient);
     recipient.address = address_in(fields.final_recipient);
     if (recipient.address.empty()) recipient.address = recipient.original;
-    recipient.action = lower(trimmed(fields.action));
+    recipient.action = lower(without_comments(fields.action));
     recipient.reason = typed(fields.diagnostic).value;
     if (recipient.reason.empty()) recipient.reason = comment_of(fields.status);
     const std::string_view code = enhanced_code_in(fields.status);
     recipient.status = code.empty() ? trimmed(fields.status) : code;
-    recipient.remote_mta = typed(fields.remote_mta).value;
+    recipient.remote_mta = host_in(fields.remote_mta);
     recipient.last_attempt = trimmed(fields.last_attempt);
     recipient.retry_until = trimmed(fields.retry_until);
     recipient.fate = fate_of(recipient.action, fields.status, recipient.reason);
@@ -108,7 +61,7 @@ ReportedRecipient recipient_of(Fields& fields) {
 
 void StatusReader::finish() {
     end_recipient();
-    message_.reporting_mta = typed(message_.reporting_mta).value;
+    message_.reporting_mta = host_in(message_.reporting_mta);
 }
 
 void StatusReader::take(std::string_view line, bool begins_line) {
