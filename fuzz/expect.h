@@ -5,6 +5,10 @@
 #include <cstdlib>
 #include <string>
 
+inline void expect(bool holds) {
+    if (!holds) std::abort();
+}
+
 inline void expect_same(const std::string& a, const std::string& b) {
     if (a != b) std::abort();
 }
