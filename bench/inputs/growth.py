@@ -99,6 +99,41 @@ def open_levels(count):
     return _dashes(count, 10 * count)
 
 
+FROM_MAILER = b"From: MAILER-DAEMON@example.com\r\nSubject: Undelivered\r\n"
+
+
+def report_fields(recipients):
+    """A delivery report with fields for each recipient."""
+    groups = b"".join(b"Final-Recipient: rfc822; a%d@example.com\r\nAction: failed\r\nStatus: 5.1.1\r\n\r\n" % number
+                      for number in range(recipients))
+    return FROM_MAILER + MIME + entity("message/delivery-status", b"Reporting-MTA: dns; mx\r\n\r\n" + groups)
+
+
+def report_text(recipients):
+    """The same for people, with the phrase once more in each reason."""
+    lines = b"".join(b"<a%d@example.com>:\r\n    550 could not be delivered to <b@example.com>\r\n\r\n" % number
+                     for number in range(recipients))
+    return FROM_MAILER + b"\r\nYour message could not be delivered to:\r\n\r\n" + lines
+
+
+def report_line(length):
+    """A reason that goes on and on."""
+    return report_text(1) + b"<a@example.com>: " + b"a <b@example.com> could not be " * (length // 31) + b"\r\n"
+
+
+def report_html(length):
+    """The same in HTML, all of it in one line."""
+    text = b"<p>could not be delivered to:<br><a href=mailto:a@example.com>a@example.com</a><br>"
+    return FROM_MAILER + MIME + entity("text/html", text + b"&lt;a&#64;b> <!-- > -- > --> no<br" * (length // 35) + b">")
+
+
+def report_depth(levels):
+    """Reports that return reports, of which only the innermost tells anything."""
+    opening = b"".join(FROM_MAILER + MIME + b"Content-Type: message/rfc822\r\n\r\n" for _ in range(levels))
+    return opening + report_text(1)
+
+
 KINDS = {kind.__name__.strip("_").replace("_", "-"): kind for kind in (
     parts, depth, attachment, quoted, uuencoded, embedded, line, quoted_line, header_line, header_folds, header_fields,
-    header_comment, header_parameters, dash_lines, open_levels)}
+    header_comment, header_parameters, dash_lines, open_levels, report_fields, report_text, report_line, report_html,
+    report_depth)}
