@@ -121,6 +121,7 @@ TEST_F(DeliveryReportTest, SaysPlainlyWhatIsNoReport) {
                      "Final-Recipient: rfc822;a@x\nDisposition: manual-action/MDN-sent-manually; displayed")),
          "a disposition notification"},
         {report(part("Content-Type: message/feedback-report", "Feedback-Type: abuse")), "a feedback report"},
+        {text("The service is down due to the following reason:\n\nann@x has been blocked."), "no mailer tells"},
         {"", "no mailer tells"},
     };
     for (const auto& row : rows) {

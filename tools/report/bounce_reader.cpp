@@ -14,6 +14,10 @@ namespace {
 // Behind an address the time, or the phrase once more: "(unrecoverable error)".
 bool is_aside(std::string_view rest) { return rest.starts_with("on ") || last_phrase(lower(rest), 0).phrase; }
 
+std::string_view without_colon(std::string_view rest) {
+    return rest.substr(std::min(rest.size(), rest.find_first_not_of(":. \t")));
+}
+
 // A line that is followed by what it tells of.
 bool is_heading(std::string_view line) { return line.ends_with(':') || line.ends_with('-'); }
 
@@ -100,12 +104,22 @@ bool BounceReader::take_phrase(std::string_view line) {
     action_ = found.phrase->action;
     told_ = Told::nothing;
     if (const auto named = address_around(found, line)) {
-        if (select(named->address, action_)) take_reason(named->rest);
+        take_named(*named);
     } else if (!take_recipients(line) && found.phrase->tells_why_next) {
         told_ = Told::all;
         action_for_all_ = action_;
     }
     return true;
+}
+
+// Behind an address in a sentence, the sentence goes on.
+void BounceReader::take_named(const LineAddress& named) {
+    if (!select(named.address, action_)) return;
+    if (stands_alone(named.rest) || labelled(named.rest).label == Label::reason) {
+        take_reason(without_colon(named.rest));
+    } else {
+        told_ = Told::nothing;
+    }
 }
 
 // The address that a phrase names itself, behind or before it.
@@ -138,7 +152,7 @@ bool BounceReader::take_recipients(std::string_view line) {
             line.remove_prefix(1);
             continue;
         }
-        if (!is_aside(line)) take_reason(line.substr(std::min(line.size(), line.find_first_not_of(":. \t"))));
+        if (!is_aside(line)) take_reason(without_colon(line));
         break;
     }
     return any;

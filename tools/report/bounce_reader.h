@@ -37,6 +37,7 @@ class BounceReader {
     bool continues_reason(std::string_view line) const;
     bool take_label(const Labelled& told);
     bool take_phrase(std::string_view line);
+    void take_named(const LineAddress& named);
     std::optional<LineAddress> address_around(const FoundPhrase& phrase, std::string_view line) const;
     bool take_recipients(std::string_view line);
     void take_reason(std::string_view line);

@@ -79,7 +79,8 @@ std::optional<LineAddress> address_at(std::string_view line) {
     if (line.starts_with('<')) return in_brackets(line);
     skip_scheme(line);
     const std::size_t end = std::min({line.size(), line.find_first_of(kEndsAddress), line.find(kDots)});
-    const std::string_view address = line.substr(0, end);
+    std::string_view address = line.substr(0, end);
+    address = address.substr(0, address.find_last_not_of('.') + 1);  // that of a sentence
     if (!has_local_part_and_domain(address)) return std::nullopt;
     std::string_view rest = line.substr(end);
     skip_link(rest);
