@@ -25,7 +25,9 @@ bool leads_to(const char* path, int fd) {
 Descriptor open_lock(const std::string& path) {
     constexpr int kHow = O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
     Descriptor file(::open(path.c_str(), O_RDWR | O_CREAT | kHow, kFileMode));
+    const int reason = errno;
     if (!file) file = Descriptor(::open(path.c_str(), O_RDONLY | kHow));
+    errno = reason;
     if (!file) throw Failure::of_system("cannot open", path);
     return file;
 }

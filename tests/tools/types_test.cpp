@@ -113,7 +113,7 @@ TEST_F(TypesTest, TellsOfATableThatIsNotThere) {
         in_place("echo x > place/queue/magicdb.db; vel types find txt && echo x | cmp - place/queue/magicdb.db.1"), 0);
     EXPECT_THAT(said(), HasSubstr("magicdb.db is no relation"));
     EXPECT_EQ(in_place("rm -r place/install/srcdb place/queue/magicdb.db; vel types list"), kUnavailable);
-    EXPECT_THAT(said(), HasSubstr("no table of types in "));
+    EXPECT_THAT(said(), HasSubstr("no table of types to be used in "));
 }
 
 }  // namespace

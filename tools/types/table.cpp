@@ -111,9 +111,10 @@ TypesTable::TypesTable(Session& session) : session_(session) {
     MagicRecord record;
     if (GetFirstMagicRecord(&record) == kNotOpen) {
         libmagic_fini();
-        throw failure(session, Exit::unavailable,
-                      "no table of types in " + queue_directory() +
-                          " ([Gateway] QueueDirectory), and none to copy in srcdb below [Config] InstallDirectory");
+        throw failure(
+            session, Exit::unavailable,
+            "no table of types to be used in " + queue_directory() +
+                " ([Gateway] QueueDirectory), and none to be copied from srcdb below [Config] InstallDirectory");
     }
     for (const LogLine& line : session.journal.take()) {
         if (line.level == kErrorLevel) session.output.complain({}, line.text);
