@@ -1,89 +1,16 @@
-#include "vel/magic.h"
+#include "tests/magic/open_table.h"
 
-#include <cstring>
 #include <thread>
-
-#include "frame/owned.h"
-#include "tests/support/fixture.h"
-#include "tests/support/memory.h"
-#include "vel/frame.h"
-#include "vel/platform/diamond.h"
 
 namespace vel::test {
 namespace {
 
-using testing::Contains;
 using testing::ElementsAre;
-using testing::HasSubstr;
-
-// A record whose fields are as long as the texts; what does not fit is cut, without a NUL.
-MagicRecord record(const std::vector<std::string>& fields) {
-    MagicRecord made;
-    std::memset(&made, '?', sizeof made);
-    const std::pair<char*, std::size_t> all[] = {
-        {made.extension, 10},         {made.contentType, 50},           {made.contentSubtype, 128},
-        {made.secondContentType, 50}, {made.secondContentSubtype, 128}, {made.macTypeCreator, 10}};
-    for (std::size_t i = 0; i < fields.size(); ++i) ::strncpy(all[i].first, fields[i].c_str(), all[i].second);
-    return made;
-}
 
 std::string text(const MagicRecord& record) {
     return std::string(record.extension) + "|" + record.contentType + "|" + record.contentSubtype + "|" +
            record.secondContentType + "|" + record.secondContentSubtype + "|" + record.macTypeCreator;
 }
-
-const std::vector<std::vector<std::string>> kTypes{
-    {"txt", "text", "plain", "quoted-printable", "", "TEXTttxt"},
-    {"Asc", "text", "PLAIN", "base64", "x-asc", "TEXTR*ch"},
-    {"tx", "application", "x-tx", "base64", "second", "TXT ttxt"},
-    {"txt", "text", "twice", "base64", "", "TEXTttxt"},
-};
-
-class Magic : public VelTest {
-  protected:
-    Magic() {
-        for (const char* name : {"queue", "install", "install/srcdb"}) {
-            std::filesystem::create_directory(directory() / name);
-        }
-        set("Gateway", "QueueDirectory", (directory() / "queue").c_str());
-        set("Config", "InstallDirectory", (directory() / "install").c_str());
-        seed();
-        start();
-    }
-    ~Magic() override {
-        libmagic_fini();
-        ::umask(before_);  // which CopyFile has set
-    }
-
-    void seed() const {
-        diamondBase base((directory() / "install/srcdb").c_str());
-        magicdb table(base);
-        table.lock();
-        table.create();
-        for (const auto& type : kTypes) {
-            const MagicRecord made = record(type);
-            std::memcpy(&table.fields, &made, sizeof made);
-            EXPECT_EQ(table.add(), DIA_OK);
-        }
-    }
-
-    void start() {
-        EXPECT_EQ(libmagic_init(), 0);
-        EXPECT_THAT(take_log(), ElementsAre(LogLine{6, "Libmagic", "magic db opened"}));
-    }
-
-    static std::string all() {
-        std::string names;
-        MagicRecord found;
-        for (int moved = GetFirstMagicRecord(&found); moved == 0; moved = GetNextMagicRecord(&found)) {
-            names += std::string(found.extension) + " ";
-        }
-        return names;
-    }
-
-    const std::filesystem::path queue_ = directory() / "queue";
-    const mode_t before_ = ::umask(022);
-};
 
 TEST_F(Magic, finds_an_extension_whatever_its_case) {
     const struct {
@@ -215,76 +142,6 @@ TEST_F(Magic, refuses_null_and_a_table_that_is_not_open) {
     EXPECT_THAT(results("txt", &found, buffer), testing::Each(-1));
     EXPECT_EQ(libmagic_init(), 0);
     EXPECT_THAT(take_log(), ElementsAre(LogLine{1, "Libmagic", "magic db not opened"}));
-}
-
-// What is there is kept under another name; an open table that is whole stays.
-TEST_F(Magic, puts_the_seeds_in_the_place_of_a_damaged_table) {
-    DelMagicRecord("asc");
-    start();
-    EXPECT_EQ(all(), "txt tx txt ");
-    const std::string changed = content(queue_ / "magicdb.db");
-    file("queue/magicdb.db", "no table");
-    EXPECT_EQ(libmagic_init(), 0);
-    EXPECT_EQ(all(), "txt Asc tx txt ");
-    EXPECT_EQ(content(queue_ / "magicdb.db.1"), "no table");
-    EXPECT_THAT(take_log(),
-                ElementsAre(LogLine{1, "Diamond", "open: " + (queue_ / "magicdb.db is no relation.").string()},
-                            LogLine{6, "Libmagic", "magic db opened"}));
-    DelMagicRecord("asc");
-    std::filesystem::remove(queue_ / "magicdb.id0");
-    start();
-    EXPECT_EQ(all(), "txt Asc tx txt ");
-    EXPECT_EQ(content(queue_ / "magicdb.db.2").size(), changed.size());
-}
-
-TEST_F(Magic, keeps_what_is_there_without_seeds_that_can_be_used) {
-    file("queue/magicdb.db", "mine");
-    file("install/srcdb/magicdb.db", "no seeds");
-    for (int i = 0; i < 3; ++i) EXPECT_EQ(libmagic_init(), 0);
-    EXPECT_EQ(content(queue_ / "magicdb.db.1"), "mine");
-    EXPECT_EQ(content(queue_ / "magicdb.db.2"), "no seeds");
-    EXPECT_FALSE(std::filesystem::exists(queue_ / "magicdb.db.3"));
-    EXPECT_THAT(take_log(1), Contains("magic db not opened").Times(3));
-    std::filesystem::remove_all(directory() / "install");
-    EXPECT_EQ(libmagic_init(), 0);
-    EXPECT_EQ(content(queue_ / "magicdb.db"), "no seeds");
-    EXPECT_THAT(take_log(1), ElementsAre(HasSubstr("is no relation"), "magic db not opened"));
-}
-
-// Wherever memory ends: what is said of the table is true, and what was in its place is not lost.
-TEST_F(Magic, survives_a_lack_of_memory) {
-    MagicRecord found;
-    for (const std::size_t refused : {std::size_t{1}, kEveryRequest}) {
-        std::size_t granted = 0;
-        for (memory.has_failed = true; memory.has_failed; ++granted) {
-            std::filesystem::remove_all(queue_);
-            std::filesystem::create_directory(queue_);
-            file("queue/magicdb.db", "mine");
-            memory = {granted, refused, false};
-            EXPECT_EQ(libmagic_init(), 0);
-            memory.granted = kEveryRequest;
-            const bool is_open = GetFirstMagicRecord(&found) == DIA_OK;
-            EXPECT_EQ(take_log().back().text, is_open ? "magic db opened" : "magic db not opened");
-            const bool was_moved = std::filesystem::exists(queue_ / "magicdb.db.1");
-            EXPECT_EQ(content(queue_ / (was_moved ? "magicdb.db.1" : "magicdb.db")), "mine");
-            EXPECT_TRUE(was_moved || !is_open);
-        }
-        EXPECT_GT(granted, 20u);
-        for (granted = 0, memory.has_failed = true; memory.has_failed; ++granted) {
-            const Starved starved(granted, refused);
-            const int first = GetMagicFromExtension("asc", &found);
-            EXPECT_TRUE(first == 0 || (first == -1 && memory.has_failed)) << granted;
-        }
-        take_log();
-    }
-}
-
-TEST_F(Magic, kept_settings_are_those_of_ostra_ini) {
-    std::snprintf(iniFileName, sizeof iniFileName, "%s", "/another");
-    MagicRecord found;
-    EXPECT_EQ(GetMagicFromExtension("txt", &found), 0);
-    start();
-    std::snprintf(iniFileName, sizeof iniFileName, "%s", "ostra.ini");
 }
 
 using MagicThreads = Magic;
