@@ -21,10 +21,11 @@ class QueueCommandTest : public CommandTest {
     }
     ~QueueCommandTest() override { take_log(); }
 
-    // Lines of section [Queue] for the command; of equal keys the first one counts.
+    // Lines of section [Queue] for the command, and perhaps other sections; of equal keys the first one counts.
     void configure(const std::string& queue) const {
         file("ostra.ini", "[Gateway]\nTimeZone=UTC\nQueueDirectory=" + (directory() / "queue").string() +
-                              "\n[Log]\nLevels=1\n[Queue]\n" + queue + "MinimumFree=0\n");
+                              "\n[Connection]\nGatewayHostName=gw\nGatewayDomain=corp\n[Queue]\n" + queue +
+                              "\n[Queue]\nMinimumFree=0\n[Log]\nLevels=1\n");
     }
 
     // The message file of an entry.

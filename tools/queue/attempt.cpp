@@ -95,7 +95,8 @@ Outcome outcome_of(int status, Watch::Reason reason, const std::string& last_lin
     const Verdict verdict = verdict_of(status);
     if (verdict == Verdict::delivered) return {verdict, {}};
     if (reason == Watch::Reason::told_to_stop) return {Verdict::broken_off, {}};
-    if (reason == Watch::Reason::none) return {verdict, reason_of(status, last_line), status_code_of(status)};
+    if (reason == Watch::Reason::none)
+        return {verdict, reason_of(status, last_line), status_code_of(status, last_line)};
     return {Verdict::deferred,
             "not done within " + duration_text(command.timeout->count()) + ", " + reason_of(status, last_line)};
 }

@@ -32,7 +32,7 @@ struct Circumstances {
 struct Outcome {
     Verdict verdict;
     std::string reason;
-    const char* status = "";  // RFC 3463, of what has failed
+    std::string status = "4.0.0";  // RFC 3463, of what has failed or been deferred
 };
 
 // Runs the command: the message is its standard input, its descriptor 3 the envelope as JSON. VEL_ID, VEL_CHANNEL,

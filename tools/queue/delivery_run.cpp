@@ -18,8 +18,8 @@ namespace {
 constexpr int kExtensionsPerLease = 5;
 constexpr int kMostTries = 30;  // to record what has been done: it would be done again otherwise
 constexpr std::chrono::seconds kBetweenTries{1};
-constexpr const char* kDeliveredStatus = "2.0.0";  // RFC 3463
-constexpr const char* kTooOldStatus = "4.4.7";
+constexpr const char* kSuccess = "2.0.0";  // RFC 3463
+constexpr const char* kTooOld = "4.4.7";
 
 struct Counts {
     std::atomic<int64_t> delivered, deferred, failed, held;
@@ -73,8 +73,9 @@ class Worker {
         const Outcome outcome = try_delivery(entry);
         switch (outcome.verdict) {
             case Verdict::delivered: return finish(entry);
-            case Verdict::deferred: return defer(entry, outcome.reason);
-            case Verdict::failed: return fail_for_good(entry, {false, outcome.status, outcome.reason});
+            case Verdict::deferred: return defer(entry, outcome);
+            case Verdict::failed:
+                return fail_for_good(entry, {Fate::permanent_failure, outcome.status, outcome.reason});
             case Verdict::broken_off: MQGiveBack(consumer_.get(), entry.id, MQ_ALL); return;
             case Verdict::lost: return complain(entry, "the claim was lost, so its command was ended");
         }
@@ -97,35 +98,46 @@ class Worker {
         return MQExtend(consumer_.get(), entry.id, MQ_ALL, static_cast<int>(run_.options.lease.count())) != 0;
     }
 
-    // A report that cannot be sent is no reason to deliver once more.
     void finish(const MQEntry& entry) {
-        if (has_reader(entry)) {
-            const std::string trouble = trouble_in_telling(entry, {true, kDeliveredStatus, {}});
-            if (!trouble.empty()) complain(entry, trouble);
-        }
+        if (run_.options.success) report(entry, {*run_.options.success, kSuccess, {}});
         record(entry, run_.counts.delivered, [&] { return MQFinish(consumer_.get(), entry.id, MQ_ALL); });
     }
 
-    void defer(const MQEntry& entry, const std::string& reason) {
-        if (const auto due = next_attempt(entry)) return defer_until(*due, entry, reason);
-        fail_for_good(entry, {false, kTooOldStatus,
-                              "not delivered within " + duration_text(run_.plan.lifetime()) + ": " + reason});
+    void defer(const MQEntry& entry, const Outcome& outcome) {
+        const auto due = next_attempt(entry);
+        if (!due) {
+            const std::string time = duration_text(run_.plan.lifetime());
+            return fail_for_good(
+                entry, {Fate::permanent_failure, kTooOld, "not delivered within " + time + ": " + outcome.reason});
+        }
+        if (run_.plan.is_late(attempts_of(entry))) {
+            const int64_t end = arrival_of(entry) + run_.plan.lifetime();
+            report(entry, {Fate::delayed, outcome.status, outcome.reason, end});
+        }
+        defer_until(*due, entry, outcome.reason);
+    }
+
+    // One that cannot be sent is no reason to deliver once more, or not to try.
+    void report(const MQEntry& entry, const News& news) {
+        if (!has_reader(entry)) return;
+        const std::string trouble = trouble_in_telling(entry, news);
+        if (!trouble.empty()) complain(entry, trouble);
     }
 
     // The notice is in the queue before the recipients go: a crash in between makes a second one, never none.
-    void fail_for_good(const MQEntry& entry, const Ending& ending) {
-        if (!has_reader(entry)) return hold(entry, ending.reason);
+    void fail_for_good(const MQEntry& entry, const News& news) {
+        if (!has_reader(entry)) return hold(entry, news.reason);
         if (!extend(entry)) return complain(entry, "the claim was lost: another may try once more");
-        const std::string trouble = trouble_in_telling(entry, ending);
-        if (!trouble.empty()) return keep(entry, ending.reason + "; " + trouble);
+        const std::string trouble = trouble_in_telling(entry, news);
+        if (!trouble.empty()) return keep(entry, news.reason + "; " + trouble);
         record(entry, run_.counts.failed,
-               [&] { return MQFail(consumer_.get(), entry.id, MQ_ALL, ending.reason.c_str()); });
+               [&] { return MQFail(consumer_.get(), entry.id, MQ_ALL, news.reason.c_str()); });
     }
 
     // Empty when the sender has been told, or does not want to be.
-    static std::string trouble_in_telling(const MQEntry& entry, const Ending& ending) {
+    static std::string trouble_in_telling(const MQEntry& entry, const News& news) {
         try {
-            tell_sender(entry, ending);
+            tell_sender(entry, news);
             return {};
         } catch (const std::exception& failure) {
             return failure.what();
@@ -140,10 +152,17 @@ class Worker {
 
     // In seconds; nothing when the message would be too old by then.
     std::optional<int64_t> next_attempt(const MQEntry& entry) const {
-        int attempts = 0;  // recipients that are delivered together stay together
-        for (const MQRecipient& recipient : recipients_of(entry)) attempts = std::max(attempts, recipient.attempts);
-        return run_.plan.due(entry.arrival / kMicroseconds, attempts, now_in_microseconds() / kMicroseconds);
+        return run_.plan.due(arrival_of(entry), attempts_of(entry), now_in_microseconds() / kMicroseconds);
     }
+
+    // Recipients that are delivered together stay together.
+    static int attempts_of(const MQEntry& entry) {
+        int attempts = 0;
+        for (const MQRecipient& recipient : recipients_of(entry)) attempts = std::max(attempts, recipient.attempts);
+        return attempts;
+    }
+
+    static int64_t arrival_of(const MQEntry& entry) { return entry.arrival / kMicroseconds; }
 
     void defer_until(int64_t due, const MQEntry& entry, const std::string& reason) {
         record(entry, run_.counts.deferred,

@@ -1,6 +1,7 @@
 #include "tools/queue/notice.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <new>
 #include <string_view>
@@ -21,16 +22,27 @@ constexpr std::string_view kNoticeChannel = "DSN";
 constexpr std::string_view kSuffix = ".msg";
 constexpr std::size_t kLongestText = 900;  // a line has 998, with what stands before it (RFC 5322 section 2.1.1)
 
-// How an ending is told, and to whom.
+// How news are told, and to whom.
 struct Wording {
+    Fate fate;
     int32_t wish;
     const char* action;
     const char* subject;
     const char* heading;
 };
-constexpr Wording kDelivered{VEL_NOTIFY_SUCCESS, "delivered", "mail delivered", "Your message has been delivered to:"};
-constexpr Wording kFailed{VEL_NOTIFY_FAILURE, "failed", "unable to deliver mail",
-                          "Your message could not be delivered to:"};
+constexpr std::array kWordings{
+    Wording{Fate::delivered, VEL_NOTIFY_SUCCESS, "delivered", "mail delivered", "Your message has been delivered to:"},
+    Wording{Fate::relayed, VEL_NOTIFY_SUCCESS, "relayed", "mail relayed",
+            "Your message has been passed on, to where its delivery may not be reported, for:"},
+    Wording{Fate::delayed, VEL_NOTIFY_DELAY, "delayed", "mail delayed",
+            "Your message is late, but its delivery is still being tried, to:"},
+    Wording{Fate::permanent_failure, VEL_NOTIFY_FAILURE, "failed", "unable to deliver mail",
+            "Your message could not be delivered to:"},
+};
+
+const Wording& wording_of(Fate fate) {
+    return *std::find_if(kWordings.begin(), kWordings.end(), [=](const Wording& row) { return row.fate == fate; });
+}
 
 using Recipients = std::vector<const MQRecipient*>;
 
@@ -61,11 +73,11 @@ std::string line_of(std::string_view text) {
 std::string without_xtext(const char* text) { return line_of(without_hex_escapes(text, '+')); }
 
 // Addresses, each with the reason.
-std::vector<std::string> lines_about(const Recipients& recipients, const Ending& ending) {
+std::vector<std::string> lines_about(const Recipients& recipients, const News& news) {
     std::vector<std::string> lines;
     for (const MQRecipient* recipient : recipients) {
         lines.push_back(std::string("  ").append(line_of(recipient->address)));
-        if (!ending.is_delivered) lines.push_back(std::string("    ").append(line_of(ending.reason)));
+        if (!news.reason.empty()) lines.push_back(std::string("    ").append(line_of(news.reason)));
     }
     lines.emplace_back();
     return lines;
@@ -78,22 +90,25 @@ struct StatusField : PerRecipField {
     ~StatusField() { CleanPerRecipField(this); }
 };
 
-void fill(StatusField& field, const MQRecipient& recipient, const char* action, const Ending& ending) {
+int32_t time_field(int64_t seconds) {
+    return static_cast<int32_t>(std::min<int64_t>(seconds, std::numeric_limits<int32_t>::max()));
+}
+
+void fill(StatusField& field, const MQRecipient& recipient, const char* action, const News& news) {
     const std::string original = without_xtext(recipient.originalRecipient);
-    const std::string address = line_of(recipient.address), reason = line_of(ending.reason);
-    constexpr int64_t kLastTime = std::numeric_limits<int32_t>::max();
-    const auto now = static_cast<int32_t>(std::min(now_in_microseconds() / kMicroseconds, kLastTime));
-    if (AssignPerRecipField(&field, original.c_str(), address.c_str(), action, ending.status, "", reason.c_str(), now,
-                            0) != 0)
+    const std::string address = line_of(recipient.address), reason = line_of(news.reason);
+    const int32_t now = time_field(now_in_microseconds() / kMicroseconds), end = time_field(news.retry_until);
+    if (AssignPerRecipField(&field, original.c_str(), address.c_str(), action, news.status.c_str(), "", reason.c_str(),
+                            now, end) != 0)
         throw std::bad_alloc();
 }
 
 class StatusFields {
   public:
-    StatusFields(const Recipients& recipients, const char* action, const Ending& ending)
+    StatusFields(const Recipients& recipients, const char* action, const News& news)
         : fields_(recipients.size()), nodes_(recipients.size()) {
         for (std::size_t i = 0; i < nodes_.size(); ++i) {
-            fill(fields_[i], *recipients[i], action, ending);
+            fill(fields_[i], *recipients[i], action, news);
             nodes_[i] = {&fields_[i], i + 1 < nodes_.size() ? &nodes_[i + 1] : nullptr};
         }
     }
@@ -112,20 +127,20 @@ std::string base_of(const MQEntry& entry) {
 
 // Both of these return 0 when the queue has taken the notice.
 
-int report(const MQEntry& entry, const Recipients& recipients, const Wording& wording, const Ending& ending) {
+int report(const MQEntry& entry, const Recipients& recipients, const Wording& wording, const News& news) {
     const std::string envelope_id = without_xtext(entry.sender.envelopeId);
     const DSNEnvelope envelope{entry.sender.address, envelope_id.c_str(), entry.sender.returnType, 0,
                                static_cast<std::time_t>(entry.arrival / kMicroseconds)};
-    std::vector<std::string> lines = lines_about(recipients, ending);
+    std::vector<std::string> lines = lines_about(recipients, news);
     lines.insert(lines.begin(), {wording.heading, ""});
     for (std::string& line : lines) line.append("\r\n");
-    const StatusFields fields(recipients, wording.action, ending);
+    const StatusFields fields(recipients, wording.action, news);
     return GenerateDSNMessage(base_of(entry).c_str(), &envelope, wording.subject, TextChain(std::move(lines)).get(),
                               fields.get());
 }
 
-int bounce(const MQEntry& entry, const Recipients& recipients, const Ending& ending) {
-    const TextChain reasons(lines_about(recipients, ending));
+int bounce(const MQEntry& entry, const Recipients& recipients, const News& news) {
+    const TextChain reasons(lines_about(recipients, news));
     return BounceMimeMessage(base_of(entry).c_str(), &entry.sender, reasons.get(), 0, nullptr);
 }
 
@@ -137,14 +152,14 @@ bool has_reader(const MQEntry& entry) {
     return !sender.empty() && sender != kNobody && is_line && entry.channel != kNoticeChannel;
 }
 
-void tell_sender(const MQEntry& entry, const Ending& ending) {
-    const Wording& wording = ending.is_delivered ? kDelivered : kFailed;
+void tell_sender(const MQEntry& entry, const News& news) {
+    const Wording& wording = wording_of(news.fate);
     const Recipients recipients = those_who_wish(entry, wording.wish);
     if (recipients.empty()) return;
     Journal journal;
     journal.share();
     const bool is_report = asks_for_reports(entry.sender, recipients);
-    const int result = is_report ? report(entry, recipients, wording, ending) : bounce(entry, recipients, ending);
+    const int result = is_report ? report(entry, recipients, wording, news) : bounce(entry, recipients, news);
     if (result != 0) throw queue_failure(journal, "the sender has not been told", Exit::temporary);
 }
 

@@ -21,6 +21,9 @@ class RetryPlan {
     // When the next attempt is due, behind so many; nothing when the message would be too old by then.
     std::optional<int64_t> due(int64_t arrival, int attempts, int64_t now) const;
 
+    // Whether what has been tried so often is late now: once, when each of the times has been waited.
+    bool is_late(int attempts) const { return attempts == static_cast<int>(waits_.size()) + 1; }
+
     int64_t lifetime() const { return lifetime_; }
 
   private:

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "tools/io/child.h"
+#include "tools/report/status_code.h"
 
 namespace vel::command {
 namespace {
@@ -38,6 +39,15 @@ std::string signal_text(int signal) {
     return name ? text.append(" (").append(name).append(")") : text;
 }
 
+// The status code behind the reply code that a line begins with, when it is of the verdict's class; else empty.
+std::string_view status_in_reply(int status, std::string_view line) {
+    const std::string_view reply = reply_code_in(line), code = enhanced_code_in(line);
+    const char wanted = verdict_of(status) == Verdict::deferred ? '4' : '5';
+    const bool is_reply = !reply.empty() && reply.data() == line.data() && reply.front() == wanted;
+    const bool follows = !code.empty() && code.data() == line.data() + reply.size() + 1 && code.front() == wanted;
+    return is_reply && follows ? code : std::string_view();
+}
+
 }  // namespace
 
 Verdict verdict_of(int status) {
@@ -46,14 +56,17 @@ Verdict verdict_of(int status) {
     return is_temporary(WEXITSTATUS(status)) ? Verdict::deferred : Verdict::failed;
 }
 
-const char* status_code_of(int status) {
+std::string status_code_of(int status, std::string_view last_line) {
+    if (const auto code = status_in_reply(status, last_line); !code.empty()) return std::string(code);
+    if (verdict_of(status) == Verdict::deferred) return "4.0.0";
     for (const Meaning& meaning : kMeanings) {
-        if (WIFEXITED(status) && WEXITSTATUS(status) == meaning.code) return meaning.status;
+        if (WEXITSTATUS(status) == meaning.code) return meaning.status;
     }
     return "5.0.0";
 }
 
 std::string reason_of(int status, std::string_view last_line) {
+    if (!status_in_reply(status, last_line).empty()) return std::string(last_line);
     std::string text =
         WIFEXITED(status) ? "exit code " + std::to_string(WEXITSTATUS(status)) : signal_text(WTERMSIG(status));
     return last_line.empty() ? text : text.append(": ").append(last_line);

@@ -21,10 +21,12 @@ enum class Verdict {
 //   status  as waitpid has it
 Verdict verdict_of(int status);
 
-// The status code (RFC 3463) of what has failed.
-const char* status_code_of(int status);
+// The status code (RFC 3463) of what has failed or been deferred.
+//   last_line  what the command has said, perhaps nothing. A server's reply that fits the verdict counts more than the
+//              exit code: "550 5.7.1 refused" (RFC 2034).
+std::string status_code_of(int status, std::string_view last_line);
 
-// "exit code 67: no such user", "signal 9 (Killed)"; last_line may be empty.
+// "exit code 67: no such user", "signal 9 (Killed)"; of a server's reply that fits, nothing else.
 std::string reason_of(int status, std::string_view last_line);
 
 }  // namespace vel::command

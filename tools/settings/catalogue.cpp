@@ -47,7 +47,7 @@ constexpr std::array kSettings{
     SettingRow{
         "Queue", "RetryAfter", "5m, 15m, 30m, 1h, 2h, 4h", 1024, some_waits,
         "How long \"vel queue run\" waits after the first, second, ... attempt that failed for now, in s, m, h or "
-        "d; the last one repeats."},
+        "d; the last one repeats. A delay is reported then, to senders who want to know."},
     SettingRow{"Queue", "Lifetime", "5d", 1024, a_wait,
                "How long after its arrival \"vel queue run\" gives a recipient up."},
 

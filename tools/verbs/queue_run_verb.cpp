@@ -1,12 +1,14 @@
 // vel queue run: deliveries by a command.
 #include <unistd.h>
 
+#include <array>
 #include <filesystem>
 
 #include "tools/io/child.h"
 #include "tools/queue/connection.h"
 #include "tools/queue/delivery_run.h"
 #include "tools/queue/entries.h"
+#include "tools/settings/gateway_name.h"
 #include "tools/verbs/command_line.h"
 #include "tools/verbs/queue_verbs.h"
 
@@ -16,7 +18,8 @@ namespace {
 const std::string kFooter =
     std::string(
         "Examples:\n"
-        "  vel queue run --channel smtp -- sh -c 'exec sendmail -i -f \"$VEL_SENDER\" -- \"$VEL_RECIPIENT\"'\n"
+        "  vel queue run --channel smtp --success relayed -- sh -c 'exec sendmail -i -f \"$VEL_SENDER\" -- "
+        "\"$VEL_RECIPIENT\"'\n"
         "  vel queue run --channel local --channel DSN --once -- /usr/local/bin/deliver\n"
         "  vel queue run --channel list --batch --jobs 4 -- sh -c 'jq -r .recipients[].address <&3 | deliver-all'\n"
         "\n"
@@ -34,17 +37,22 @@ const std::string kFooter =
         "  any other            failed for good\n"
         "A command that a signal ends, or that cannot be started, defers too. The reason that is kept is the exit "
         "code\n"
-        "with the last line of its standard error. Deferred recipients are due again after the times of [Queue]\n"
+        "with the last line of its standard error, or that line alone when it is a server's reply that fits the exit\n"
+        "code, such as \"550 5.7.1 refused\". Deferred recipients are due again after the times of [Queue]\n"
         "RetryAfter (\"5m, 15m, 30m, 1h, 2h, 4h\"; the last one repeats), unless that is later than [Queue] Lifetime\n"
         "(\"5d\") behind the arrival: then they have failed. With --batch the exit code is for all, and the recipient\n"
         "with the most attempts sets the time.\n"
         "\n"
         "What has failed goes back to the envelope's sender, with --batch in one notice for all: a delivery report\n"
         "(RFC 3464) when the envelope has any of NOTIFY, ORCPT, ENVID and RET, else a bounce with all of the message.\n"
-        "NOTIFY=NEVER, or one without FAILURE, has none sent. NOTIFY=SUCCESS has a delivery reported; NOTIFY=DELAY is\n"
-        "not acted on. Notices are in the queue, for the channel DSN, before the recipients leave it; \"vel queue run\n"
+        "NOTIFY=NEVER, or one without FAILURE, has none sent. NOTIFY=SUCCESS has a delivery reported; say --success\n"
+        "relayed when COMMAND hands messages to a mailer that reports nothing, --success nothing when it passes "
+        "NOTIFY\n"
+        "on. NOTIFY=DELAY has a delay reported, once, when the times of RetryAfter have all been waited. Notices are "
+        "in the queue, for the channel DSN, before the recipients leave it; \"vel queue run\n"
         "--channel DSN\" delivers them. The status in a report is 5.1.1 for exit code 67, 5.1.2 for 68, 5.6.0 for 65,\n"
-        "5.5.0 for 76, 5.7.1 for 77, 5.0.0 for any other, and 4.4.7 when the time is over.\n"
+        "5.5.0 for 76, 5.7.1 for 77, 5.0.0 for any other, 4.0.0 of a delay, that of the server's reply where there is\n"
+        "one, and 4.4.7 when the time is over.\n"
         "\n"
         "There is no notice of a notice: what fails on the channel DSN, or has the sender \"<>\" or none, is held "
         "with\n"
@@ -57,14 +65,22 @@ const std::string kFooter =
         "killed, so are its commands (but not what they have started, or what gains privileges), and others may claim\n"
         "at once: a message is delivered at least once. In the end a line tells how many recipients were delivered,\n"
         "deferred, failed and held. The exit code is 0, 69 when the queue cannot be reached, 78 when COMMAND is not\n"
-        "there or a setting is wrong; what becomes of messages does not change it.\n"
+        "there, the gateway has no name or a setting is wrong; what becomes of messages does not change it.\n"
         "\n") +
     kAboutEntryJson + "Here its recipients are those that were claimed.\n\n" + kAboutJsonTexts;
+
+struct Success {
+    std::string_view name;
+    std::optional<Fate> fate;
+};
+constexpr std::array kSuccesses{Success{"delivered", Fate::delivered}, Success{"relayed", Fate::relayed},
+                                Success{"nothing", std::nullopt}};
 
 struct Options {
     RunOptions run;
     DeliveryCommand command;
     std::optional<int64_t> timeout, poll;  // in seconds
+    std::string success = "delivered";
 };
 
 void declare(CommandLine& line, Options& options) {
@@ -76,12 +92,16 @@ void declare(CommandLine& line, Options& options) {
     line.add_time("--timeout", options.timeout,
                   "Have SIGTERM, and SIGKILL 10 seconds later, end a command that takes longer, such as 30m, and defer")
         .positive();
+    line.add_option("--success", "WORD", options.success,
+                    "What NOTIFY=SUCCESS has reported of exit code 0: delivered, the default, relayed or nothing")
+        .one_of({"delivered", "relayed", "nothing"});
     line.add_time("--poll", options.poll, "Look for what is due so often; 1s by default").positive();
 }
 
-void apply_times(Options& options) {
+void apply(Options& options) {
     if (options.timeout) options.command.timeout = std::chrono::seconds(*options.timeout);
     if (options.poll) options.run.poll = std::chrono::seconds(*options.poll);
+    options.run.success = row_named(kSuccesses, options.success).fate;
 }
 
 // Before anything is claimed: what is only misspelt should not defer all the mail.
@@ -112,9 +132,10 @@ Exit run_queue_run(Arguments arguments, Session& main) {
     declare(line, options);
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
     if (options.command.arguments.empty()) return line.misuse("\"--\" stands before COMMAND", main);
-    apply_times(options);
+    apply(options);
     options.command.program = path_of(options.command.program);
     const RetryPlan plan = RetryPlan::from_settings();
+    gateway_name();
     connect_to_queue(main);
     return run_deliveries(options.run, options.command, plan, main);
 }
