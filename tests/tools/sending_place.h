@@ -8,6 +8,28 @@ namespace vel::test {
 
 class SendingTest : public QueueCommandTest {
   protected:
+    // Sends a message; its identifier.
+    std::string queued(std::vector<std::string> options) const {
+        options.insert(options.begin(), {"send", "-", "--to", "ann@x.y"});
+        const Ended sent = run(options, "Subject: s\n\nbody\n");
+        EXPECT_EQ(sent.exit, 0) << sent.err;
+        return sent.out.substr(0, sent.out.find('\n'));
+    }
+
+    // What the command says, and then "CHANNEL RECIPIENT: " and the message for each entry that it makes.
+    std::string told(const std::vector<std::string>& arguments, const std::string& standard_input = "") const {
+        const std::vector<std::string> before = ids();
+        const Ended ended = run(arguments, standard_input);
+        std::string text = ended.exit == 0 ? ended.out : std::to_string(ended.exit) + " " + ended.err;
+        for (const std::string& id : ids()) {
+            if (std::find(before.begin(), before.end(), id) != before.end()) continue;
+            const OwnedEntry made = entry(id);
+            text.append(made->channel).append(" ").append(made->recipients[0].address).append(": ");
+            text.append(content(made->path));
+        }
+        return text;
+    }
+
     // Null when there is no such entry.
     static OwnedEntry entry(const std::string& id) {
         MQEntry* found = nullptr;

@@ -4,6 +4,7 @@
 #include "tools/compose/mailbox.h"
 #include "tools/compose/text_chain.h"
 #include "tools/queue/connection.h"
+#include "tools/settings/gateway_name.h"
 #include "tools/text/text_forms.h"
 #include "tools/verbs/command_line.h"
 #include "tools/verbs/named_message.h"
@@ -33,7 +34,7 @@ const std::string kFooter =
         "[Options] BounceSender is whom bounces are from.\n"
         "\n"
         "Exit codes: 66 no such message, 69 the queue cannot be reached, 75 it has not taken the notice, perhaps for\n"
-        "want of space; the reason is told.\n"
+        "want of space, 78 the gateway has no name; the reason is told.\n"
         "\n"
         "The JSON object: outcome (\"bounced\", \"to_postmaster\" or \"discarded\"), to (the sender who got it, or\n"
         "null).\n"
@@ -115,6 +116,7 @@ Exit run_bounce(Arguments arguments, Session& main) {
     declare(line, options);
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
     check(options);
+    gateway_name();
     connect_to_queue(main);
     const Message message = returned_message(options, main);
     main.journal.take();

@@ -2,8 +2,12 @@
 #include <unistd.h>
 
 #include <array>
+#include <filesystem>
 
 #include "tools/queue/connection.h"
+#include "tools/settings/effective.h"
+#include "tools/settings/gateway_name.h"
+#include "tools/text/ascii.h"
 #include "tools/text/text_forms.h"
 #include "tools/verbs/command_line.h"
 #include "vel/notify.h"
@@ -20,17 +24,25 @@ constexpr const char* kFooter =
     "stays where it is.\n"
     "\n"
     "Exit codes: 66 no such file, 69 the queue cannot be reached, 75 the message could not be made, or the queue has\n"
-    "not taken it; the reason is told.\n";
+    "not taken it, 78 the gateway has no name, or the log goes to no file; the reason is told.\n";
 
 struct Action {
     const char* name;
 };
 constexpr std::array kActions{Action{"send"}};
 
+// Where the last rotation has left the log. Throws Failure when it goes to no file.
+std::string last_log() {
+    const std::string target = value_of(row_of("Log", "Target"));
+    if (target.empty() || same(target, "stderr") || same(target, "syslog"))
+        throw Failure(Exit::config, "FILE is required while [Log] Target is no file: " + target);
+    return target + ".1";
+}
+
 // The library's call succeeds also when the queue refuses the message; then there is an error in the log.
-void send_log(const char* file, Session& main) {
+void send_log(const std::string& file, Session& main) {
     main.journal.take();
-    const int result = SendOldLogfile(file, 0);
+    const int result = SendOldLogfile(file.c_str(), 0);
     std::string told;
     for (const LogLine& line : main.journal.take()) {
         if (line.level == kErrorLevel) told.append("; ").append(visible(line.text));
@@ -46,9 +58,12 @@ Exit run_log(Arguments arguments, Session& main) {
     line.add_word("ACTION", "send", kActions);
     line.add_argument("FILE", file, "The log file");
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
-    if (!file.empty() && ::access(file.c_str(), R_OK) != 0) throw Failure::of_system_call(Exit::no_input, file);
+    if (file.empty()) file = last_log();
+    if (::access(file.c_str(), R_OK) != 0) throw Failure::of_system_call(Exit::no_input, file);
+    if (std::filesystem::is_directory(file)) throw Failure(Exit::no_input, file + ": is a directory");
+    gateway_name();
     connect_to_queue(main);
-    send_log(file.empty() ? nullptr : file.c_str(), main);
+    send_log(file, main);
     main.output.write("sent to the postmaster\n");
     return Exit::success;
 }

@@ -21,9 +21,13 @@ NamedMessage find_message(const std::string& name, bool needs_entry, Session& se
     try {
         message.entry = read_entry(identifier_of(name), session);
     } catch (const Failure& failure) {
-        if (!is_path || needs_entry || failure.exit() != Exit::no_input) throw;
+        if (failure.exit() != Exit::no_input) throw;
+        if (!is_path) throw Failure(Exit::no_input, name + ": no entry of the queue, and no file with .msg behind it");
+        if (needs_entry) throw Failure(Exit::no_input, name + ": not in the queue, so --sender has to say who sent it");
     }
-    if (!is_path) message.base = without_suffix(message.entry->path);
+    if (is_path) return message;
+    message.base = without_suffix(message.entry->path);
+    if (!is_message(message.base)) throw Failure::of_system_call(Exit::no_input, message.entry->path);
     return message;
 }
 

@@ -3,7 +3,7 @@
 
 #include "tools/compose/draft.h"
 #include "tools/compose/outgoing.h"
-#include "tools/settings/effective.h"
+#include "tools/settings/gateway_name.h"
 #include "tools/text/ascii.h"
 #include "tools/types/gateway_type.h"
 #include "tools/types/table.h"
@@ -27,7 +27,7 @@ const std::string kFooter =
         "delivered.\n"
         "\n"
         "Exit codes: 69 the queue cannot be reached, 75 it has not taken the message, 78 there is no table of types,\n"
-        "or no name of the gateway; the reason is told, and nothing is printed.\n"
+        "or the gateway has no name and --from is not said; the reason is told, and nothing is printed.\n"
         "\n"
         "The JSON object: id, path (of the queue's message file), channel, sender, recipients.\n"
         "\n") +
@@ -49,16 +49,7 @@ void declare(CommandLine& line, Options& options) {
     line.add_json();
 }
 
-// Throws Failure while the gateway has no name.
-std::string postmaster() {
-    const std::string host = value_of(row_of("Connection", "GatewayHostName"));
-    const std::string domain = value_of(row_of("Connection", "GatewayDomain"));
-    if (host.empty() || domain.empty()) {
-        throw Failure(Exit::config,
-                      "--from is required while [Connection] GatewayHostName or GatewayDomain is not set");
-    }
-    return std::string("postmaster@").append(host).append(".").append(domain);
-}
+std::string postmaster() { return std::string("postmaster@").append(gateway_name()); }
 
 void complete(Options& options) {
     Draft& draft = options.draft;

@@ -12,6 +12,7 @@
 #include "tools/io/library_scratch.h"
 #include "tools/io/lines.h"
 #include "tools/queue/connection.h"
+#include "tools/settings/gateway_name.h"
 #include "tools/text/hex_escapes.h"
 #include "tools/text/json_line.h"
 #include "tools/text/text_forms.h"
@@ -101,6 +102,7 @@ void send_report(const ReportOptions& options, bool json, Session& session) {
     Report report = report_of(options);
     const StatusChain recipients(statuses_of(options.recipients));
     const ReportText text = under_name(options.text_file, [&] { return read_text(options.text_file, session); });
+    gateway_name();
     connect_to_queue(session);
     find_message_of(report, options.message, session);
     session.journal.take();
