@@ -55,7 +55,7 @@ void print(const Stretch& stretch, const recipient& record, bool first, Output& 
         facts.add("local part", text_of(record.local));
         facts.add("domain", text_of(record.domain));
     }
-    output.write((first ? "" : "\n") + facts.text());
+    output.write(std::string(first ? "" : "\n").append(facts.text()));
 }
 
 Json item_json(const Stretch& stretch, const recipient& record) {

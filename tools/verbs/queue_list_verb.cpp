@@ -108,7 +108,8 @@ Exit run_queue_show(Arguments arguments, Session& main) {
             if (line.json) {
                 write_object(*entry, main.output);
             } else {
-                main.output.write((&id == &ids.front() ? "" : "\n") + entry_text(*entry, now_in_microseconds()));
+                if (&id != &ids.front()) main.output.write("\n");
+                main.output.write(entry_text(*entry, now_in_microseconds()));
             }
         } catch (const Failure& failure) {
             main.output.complain({}, failure.what());
