@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <utility>
+#include <iterator>
 
 #include "tools/report/field_value.h"
 #include "tools/report/status_code.h"
@@ -39,14 +39,11 @@ std::string_view host_told_in(std::string_view reason) {
 bool BounceReader::take(std::string_view line) {
     indent_ = std::min(line.size(), line.find_first_not_of(" \t"));
     line = trimmed(line);
-    window_.erase(0, is_parted_ ? window_.size() : window_.size() - tail_of(window_).size());
-    window_ += ' ';
-    window_line_ = window_.size();
-    std::transform(line.begin(), line.end(), std::back_inserter(window_), [](char c) { return lower(c); });
-    if (ends_report(std::string_view(window_).substr(window_line_), indent_ > 0)) return false;
+    const std::string_view lowered = move_window_to(line);
+    if (ends_report(lowered, indent_ > 0)) return false;
     if (line.empty()) {
         take_blank();
-    } else if (transcript_.begin(std::string_view(window_).substr(window_line_))) {
+    } else if (transcript_.begin(lowered)) {
         told_ = Told::nothing;
     } else if (transcript_.has_begun()) {
         transcript_.take(line, recipients_);
@@ -55,6 +52,15 @@ bool BounceReader::take(std::string_view line) {
     }
     if (!line.empty()) is_parted_ = false;
     return true;
+}
+
+// Returns the line in lower case.
+std::string_view BounceReader::move_window_to(std::string_view line) {
+    window_.erase(0, is_parted_ ? window_.size() : window_.size() - tail_of(window_).size());
+    window_ += ' ';
+    window_line_ = window_.size();
+    std::transform(line.begin(), line.end(), std::back_inserter(window_), [](char c) { return lower(c); });
+    return std::string_view(window_).substr(window_line_);
 }
 
 bool BounceReader::ends_report(std::string_view line, bool is_indented) const {
@@ -86,10 +92,10 @@ bool BounceReader::continues_reason(std::string_view line) const {
 bool BounceReader::take_label(const Labelled& told) {
     if (told.label == Label::none || told.label == Label::address) return false;
     if (told.label == Label::aside) return true;
-    if (recipients_.empty() && told_ != Told::all) return false;
-    if (!recipients_.empty()) told_ = Told::recipient;
+    if (!last_ && told_ != Told::all) return false;
+    if (last_) told_ = Told::recipient;
     if (told.label == Label::host) {
-        if (told_ == Told::recipient) recipients_[last_].remote_mta = host_in(told.text);
+        if (told_ == Told::recipient) recipients_[*last_].remote_mta = host_in(told.text);
         return true;
     }
     awaits_reason_ = told.text.empty();
@@ -175,18 +181,17 @@ void BounceReader::take_reason(std::string_view line) {
 void BounceReader::add_to_reason(std::string_view text) {
     add_reason(reason(), text);
     if (told_ != Told::recipient) return;
-    ReportedRecipient& recipient = recipients_[last_];
+    ReportedRecipient& recipient = recipients_[*last_];
     if (recipient.remote_mta.empty()) recipient.remote_mta = host_told_in(text);
 }
 
 // The recipient that the next lines tell of; false when there is no room.
 bool BounceReader::select(std::string_view address, std::string_view action) {
-    const std::optional<std::size_t> place = recipients_.place_of(address, action);
-    told_ = place ? Told::recipient : Told::nothing;
-    last_ = place.value_or(last_);
+    last_ = recipients_.place_of(address, action);
+    told_ = last_ ? Told::recipient : Told::nothing;
     last_indent_ = indent_;
     is_parted_ = awaits_reason_ = false;
-    return place.has_value();
+    return last_.has_value();
 }
 
 void BounceReader::finish() {

@@ -31,6 +31,7 @@ class BounceReader {
   private:
     enum class Told { nothing, recipient, all };  // whom the lines tell the reason of
 
+    std::string_view move_window_to(std::string_view line);
     bool ends_report(std::string_view line, bool is_indented) const;
     void take_blank();
     void take_text(std::string_view line);
@@ -42,17 +43,17 @@ class BounceReader {
     bool take_recipients(std::string_view line);
     void take_reason(std::string_view line);
     void add_to_reason(std::string_view text);
-    std::string& reason() { return told_ == Told::all ? reason_for_all_ : recipients_[last_].reason; }
+    std::string& reason() { return told_ == Told::all ? reason_for_all_ : recipients_[*last_].reason; }
     bool select(std::string_view address, std::string_view action);
 
     NamedRecipients recipients_;
     Transcript transcript_;
-    std::string window_;           // the line in lower case, behind the end of the one before
-    std::size_t window_line_ = 0;  // where it begins
-    std::string_view action_;      // of the phrase that came last; empty: none has come
-    std::size_t indent_ = 0;       // of the line
-    std::size_t last_indent_ = 0;  // of the one that has named the last recipient
-    std::size_t last_ = 0;
+    std::string window_;               // the line in lower case, behind the end of the one before
+    std::size_t window_line_ = 0;      // where it begins
+    std::string_view action_;          // of the phrase that came last; empty: none has come
+    std::size_t indent_ = 0;           // of the line
+    std::optional<std::size_t> last_;  // recipient; nothing: none, or there was no room for it
+    std::size_t last_indent_ = 0;      // of the line that has named it
     Told told_ = Told::nothing;
     bool is_parted_ = false;      // a blank line stands before this one
     bool awaits_reason_ = false;  // a label has announced it
