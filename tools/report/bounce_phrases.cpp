@@ -82,7 +82,7 @@ constexpr bool is_letter(char c) { return c >= 'a' && c <= 'z'; }
 // For each letter where the phrases that begin with it start; the next letter's start is their end.
 constexpr std::array<std::size_t, 27> kStarts = [] {
     std::array<std::size_t, 27> starts{};
-    for (const BouncePhrase& phrase : kPhrases) ++starts[static_cast<std::size_t>(phrase.text.front() - 'a' + 1)];
+    for (const BouncePhrase& phrase : kPhrases) ++starts[static_cast<std::size_t>(phrase.text.front() - 'a') + 1];
     for (std::size_t letter = 1; letter < starts.size(); ++letter) starts[letter] += starts[letter - 1];
     return starts;
 }();
