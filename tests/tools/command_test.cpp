@@ -60,9 +60,9 @@ TEST_F(CommandTest, AnswersWithTheExitCodesOfSysexits) {
     EXPECT_THAT(run({"--help"}).out, HasSubstr("extract"));
     EXPECT_THAT(run({"extract", "--help"}).out, HasSubstr("--whole-text"));
     EXPECT_EQ(run({"help", "extract"}).out, run({"extract", "--help"}).out);
-    const int unreadable = ::open("/dev/null", O_WRONLY | O_CLOEXEC), out = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
-    EXPECT_EQ(wait_for(start({"parse", "-"}, unreadable, out)), kNoInput);
-    for (const int fd : {unreadable, out}) ::close(fd);
+    const int unreadable = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+    EXPECT_EQ(wait_for(start({"parse", "-"}, unreadable)), kNoInput);
+    ::close(unreadable);
     EXPECT_EQ(run({"--version"}).out, "vel 5.1.0\n");
     const Ended several = run({"parse", "--json", good, missing, good});
     EXPECT_EQ(std::count(several.out.begin(), several.out.end(), '\n'), 3) << "also one of the file that is missing";
@@ -118,8 +118,7 @@ TEST_F(CommandTest, EndsCleanlyWhenASignalComes) {
     for (const std::vector<std::string>& arguments : rows) {
         int pipe[2];
         ASSERT_EQ(::pipe2(pipe, O_CLOEXEC), 0);
-        const int out = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
-        const pid_t process = start(arguments, pipe[0], out);
+        const pid_t process = start(arguments, pipe[0]);
         ASSERT_EQ(::write(pipe[1], "Subject: x\r\n", 12), 12);
         await("a private directory",
               [&] { return !std::filesystem::is_empty(temporary()) || !left_behind(".vel-").empty(); });
@@ -128,7 +127,7 @@ TEST_F(CommandTest, EndsCleanlyWhenASignalComes) {
         EXPECT_EQ(wait_for(process), -signal);
         EXPECT_TRUE(std::filesystem::is_empty(temporary()) && left_behind(".vel-").empty());
         EXPECT_FALSE(std::filesystem::exists(target()));
-        for (const int fd : {pipe[0], pipe[1], out}) ::close(fd);
+        for (const int fd : pipe) ::close(fd);
     }
 }
 
@@ -136,14 +135,13 @@ TEST_F(CommandTest, FallsSilentWhenNobodyReads) {
     int pipe[2];
     ASSERT_EQ(::pipe2(pipe, O_CLOEXEC), 0);
     ::close(pipe[0]);
-    const int in = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-    EXPECT_EQ(wait_for(start({"parse", sample("quarterly-report.eml")}, in, pipe[1])), -SIGPIPE);
-    EXPECT_EQ(wait_for(start({"extract", sample("quarterly-report.eml"), "-o", target()}, in, pipe[1])), 0);
+    EXPECT_EQ(wait_for(start({"parse", sample("quarterly-report.eml")}, -1, pipe[1])), -SIGPIPE);
+    EXPECT_EQ(wait_for(start({"extract", sample("quarterly-report.eml"), "-o", target()}, -1, pipe[1])), 0);
     EXPECT_THAT(extracted(), testing::SizeIs(5)) << "who reads the table does not decide what is written";
     EXPECT_THAT(content((directory() / "stderr").string()), IsEmpty());
     const int full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
-    EXPECT_EQ(wait_for(start({"parse", sample("quarterly-report.eml")}, in, full)), kIoError);
-    for (const int fd : {pipe[1], in, full}) ::close(fd);
+    EXPECT_EQ(wait_for(start({"parse", sample("quarterly-report.eml")}, -1, full)), kIoError);
+    for (const int fd : {pipe[1], full}) ::close(fd);
 }
 
 }  // namespace

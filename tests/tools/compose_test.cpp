@@ -270,11 +270,6 @@ TEST_F(ComposeTest, send_refuses_what_would_be_lost_or_forged) {
         EXPECT_EQ(line_of(ended.err), "vel: " + row.said);
         EXPECT_EQ(ended.exit, row.exit) << row.said;
     }
-    file("ostra.ini",
-         "[Gateway]\nQueueDirectory=" + (directory() / "queue").string() + "\n[Queue]\nMinimumFree=99999999\n");
-    const Ended full = send({}, good);
-    EXPECT_EQ(full.exit, 75);
-    EXPECT_THAT(full.err, HasSubstr("less space is free than [Queue] MinimumFree"));
     file("ostra.ini", "");
     EXPECT_EQ(send({}, good).exit, 69);
     EXPECT_THAT(ids(), testing::IsEmpty());

@@ -97,20 +97,19 @@ TEST_F(ManyFilesThreads, EndWithTheReaderAndWithTheDisk) {
     int pipe[2];
     ASSERT_EQ(::pipe2(pipe, O_CLOEXEC), 0);
     ::close(pipe[0]);
-    const int in = ::open("/dev/null", O_RDONLY | O_CLOEXEC), full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
-    EXPECT_EQ(wait_for(start({"parse", "--json", "-r", mail}, in, pipe[1])), -SIGPIPE);
-    EXPECT_EQ(wait_for(start({"parse", "--json", "-r", mail}, in, full)), 74);
-    EXPECT_EQ(wait_for(start({"extract", "-r", mail, "-o", target()}, in, full)), 74);
+    const int full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
+    EXPECT_EQ(wait_for(start({"parse", "--json", "-r", mail}, -1, pipe[1])), -SIGPIPE);
+    EXPECT_EQ(wait_for(start({"parse", "--json", "-r", mail}, -1, full)), 74);
+    EXPECT_EQ(wait_for(start({"extract", "-r", mail, "-o", target()}, -1, full)), 74);
     EXPECT_EQ(extracted().size(), 4000u + 15 * 2 + 15 + 15 + 15 * 2) << "the table does not decide what is written";
-    for (const int fd : {pipe[1], in, full}) ::close(fd);
+    for (const int fd : {pipe[1], full}) ::close(fd);
 }
 
 TEST_F(ManyFilesThreads, LeaveNoHalfFileWhenInterrupted) {
     constexpr std::size_t kSize = 100000;
     std::vector<std::string> arguments{"extract", "-o", target()};
     arguments.insert(arguments.end(), 2000, file("m.eml", "Subject: x\r\n\r\n" + std::string(kSize, 'x')));
-    const int null = ::open("/dev/null", O_RDWR | O_CLOEXEC);
-    const pid_t process = start(arguments, null, null);
+    const pid_t process = start(arguments);
     await("file 3", [&] { return std::filesystem::exists(target() + "/part-0-3.txt"); });
     ::kill(process, SIGINT);
     EXPECT_EQ(wait_for(process), -SIGINT);
@@ -119,7 +118,6 @@ TEST_F(ManyFilesThreads, LeaveNoHalfFileWhenInterrupted) {
         EXPECT_EQ(entry.file_size(), kSize) << entry.path();
     }
     EXPECT_EQ(content((directory() / "stderr").string()), "") << "complained about what was taken away";
-    ::close(null);
 }
 
 class FindFilesTest : public VelTest {

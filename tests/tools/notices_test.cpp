@@ -172,8 +172,9 @@ TEST_F(NoticesTest, TellWhenTheQueueRefusesThem) {
                       HasSubstr("\r\nSubject: old log file ostra.log.1\r\n"), HasSubstr("\r\n\r\nthe last line\n")));
     configure("MinimumFree=99999999\n[Log]\nTarget=" + log.substr(0, log.size() - 2));
     EXPECT_THAT(told({"log", "send"}), StartsWith("75 vel: the log has not been sent; "));
-    EXPECT_THAT(told({"notify", "--to", "a@x.y", "--subject", "s", "--text", "-"}, "text\n"),
-                StartsWith("75 vel: the queue has not taken the message"));
+    EXPECT_THAT(
+        told({"notify", "--to", "a@x.y", "--subject", "s", "--text", "-"}, "text\n"),
+        StartsWith("75 vel: the queue has not taken the message; CreateMQEntry: less space is free than [Queue] "));
     EXPECT_EQ(ids().size(), 1u);
 }
 

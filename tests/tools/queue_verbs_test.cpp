@@ -127,9 +127,12 @@ TEST_F(QueueVerbsTest, TellsMonitoringWhatIsWrong) {
     submit({"ann", "joe"});
     submit({});
     const Json status = Json::parse(run({"queue", "status", "--json"}).out);
-    EXPECT_EQ(status["counts"].size(), 2u);
-    EXPECT_EQ(status["counts"][0]["state"], "waiting");
-    EXPECT_EQ(status["counts"][0]["recipients"], 2);
+    ASSERT_EQ(status["counts"].size(), 2u);
+    for (const auto& [i, state, recipients] : {std::tuple(0, "waiting", 2), std::tuple(1, "held", 1)}) {
+        EXPECT_EQ(status["counts"][i]["channel"], "smtp");
+        EXPECT_EQ(status["counts"][i]["state"], state);
+        EXPECT_EQ(status["counts"][i]["recipients"], recipients);
+    }
     EXPECT_GT(status["free_bytes"], 0);
     const std::vector<std::pair<std::vector<std::string>, std::string>> rows{
         {{"--max-held", "1", "--max-waiting", "2", "--max-age", "1h", "--min-free", "1"}, ""},
@@ -162,14 +165,6 @@ TEST_F(QueueVerbsTest, FindsAndRepairsWhatIsDamaged) {
     EXPECT_THAT(listed(), ElementsAre(HasSubstr("ann held 0 ")));
     EXPECT_EQ(run({"queue", "remove", id}).exit, 0);
     EXPECT_EQ(run({"queue", "check"}).exit, 0);
-}
-
-TEST_F(QueueVerbsTest, EndsAListThatNobodyReadsOn) {
-    const std::vector<std::string> many(2000, std::string(100, 'x'));
-    submit(many);
-    submit(many);
-    EXPECT_EQ(shell("set -o pipefail; vel queue list 2> said | head -1 > head"), 128 + SIGPIPE);
-    EXPECT_THAT(content((directory() / "said").string()), IsEmpty());
 }
 
 TEST_F(QueueVerbsTest, HelpsWithEachVerb) {

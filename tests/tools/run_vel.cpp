@@ -30,11 +30,14 @@ pid_t CommandTest::start(const std::vector<std::string>& arguments, int in, int 
     };
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, in, STDIN_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, out, STDOUT_FILENO);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, (directory() / "stderr").c_str(),
-                                     O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    if (error != -1) posix_spawn_file_actions_adddup2(&actions, error, STDERR_FILENO);
+    const std::string errors = (directory() / "stderr").string();
+    const auto place = [&](int from, int to, const char* path, int flags) {
+        if (from != -1) posix_spawn_file_actions_adddup2(&actions, from, to);
+        if (from == -1) posix_spawn_file_actions_addopen(&actions, to, path, flags, 0600);
+    };
+    place(in, STDIN_FILENO, "/dev/null", O_RDONLY);
+    place(out, STDOUT_FILENO, "/dev/null", O_WRONLY);
+    place(error, STDERR_FILENO, errors.c_str(), O_WRONLY | O_CREAT | O_TRUNC);
     posix_spawnattr_t attributes;  // a test that is run in the background ignores these, its command shall not
     sigset_t interruptions;
     ::sigemptyset(&interruptions);

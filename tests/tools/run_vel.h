@@ -33,8 +33,9 @@ class CommandTest : public VelTest {
     // Runs a line of a shell in the test's directory, where vel is the command; its exit code.
     int shell(const std::string& line) const;
 
-    // Starts the command with its standard input, output and perhaps error on these descriptors.
-    pid_t start(const std::vector<std::string>& arguments, int in, int out, int error = -1) const;
+    // Starts the command with its standard input, output and error on these descriptors. Without them it reads nothing,
+    // nobody hears it, and its errors go to the file "stderr".
+    pid_t start(const std::vector<std::string>& arguments, int in = -1, int out = -1, int error = -1) const;
     static int wait_for(pid_t process);  // as Ended.exit
 
     // Waits, but not for ever.

@@ -132,20 +132,6 @@ TEST_F(QueueCalls, null_and_dead_contexts_and_bad_arguments_are_harmless) {
     EXPECT_EQ(MQCloseConsumer(nullptr), 0);
 }
 
-TEST_F(QueueCalls, keeps_a_reserve_of_free_space) {
-    EXPECT_GT(MQFreeBytes(), 0);
-    ProfileOverlaySet("Queue", "MinimumFree", "4000000000");
-    EXPECT_EQ(CreateMQEntry(), nullptr);
-    EXPECT_THAT(take_log(), ElementsAre(HasSubstr("MinimumFree")));
-    EXPECT_THAT(files(), IsEmpty());
-}
-
-TEST_F(QueueCalls, a_message_for_nobody_is_held) {
-    submit({});
-    EXPECT_THAT(listed(MQ_HELD), ElementsAre(" 4 0"));
-    EXPECT_THAT(take_log(), ElementsAre(HasSubstr("reason=\"no recipients\"")));
-}
-
 // Open entries and consumers belong to the queue that they were opened in.
 TEST_F(QueueCalls, a_change_of_the_directory_moves_nothing_that_is_open) {
     const std::string old = submit({"old"});
@@ -249,7 +235,6 @@ TEST_F(QueueCalls, sweeps_message_locks_that_are_stale) {
     EXPECT_THAT(files(), ElementsAre(id + ".msg"));
 }
 
-// Others take one whose file is gone for dead, and its claims.
 // What tables and files disagree on is told, and gone after a repair.
 TEST_F(QueueCalls, checks_and_repairs) {
     const std::string missing = submit({"missing"});
@@ -272,12 +257,6 @@ TEST_F(QueueCalls, checks_and_repairs) {
     EXPECT_EQ(MQCheck(0, visit, &findings), 1);
     EXPECT_THAT(listed(MQ_HELD), ElementsAre("missing 4 0"));
     EXPECT_THAT(files(), ElementsAre(locked + ".msg"));
-}
-
-TEST_F(QueueCalls, tells_a_file_system_of_this_machine) {
-    EXPECT_EQ(MQIsLocal(path("queue").c_str()), 1);
-    EXPECT_EQ(MQIsLocal(path("missing").c_str()), 0);
-    EXPECT_THAT(take_log(), ElementsAre(testing::HasSubstr("missing")));
 }
 
 }  // namespace

@@ -47,20 +47,6 @@ TEST_F(QueueConsumers, each_recipient_goes_its_own_way_and_the_last_ends_the_ent
     EXPECT_THAT(lines[4], testing::EndsWith("recipient=\"b\" size=7 who=\"runner\" reason=\"busy\""));
 }
 
-TEST_F(QueueConsumers, a_claim_comes_back_when_its_consumer_dies_and_stands_behind_the_others) {
-    submit({"deadly"});
-    submit({"good"});
-    in_dying_child([] {
-        MQEntry* entry = nullptr;
-        MQClaim(MQOpenConsumer("victim"), nullptr, 0, 3600, &entry);
-    });
-    const OwnedConsumer consumer(MQOpenConsumer("next"));
-    EXPECT_STREQ(claim(consumer)->recipients[0].address, "good");
-    const OwnedEntry again = claim(consumer);
-    EXPECT_STREQ(again->recipients[0].address, "deadly");
-    EXPECT_EQ(again->recipients[0].attempts, 2);
-}
-
 TEST_F(QueueConsumers, a_message_that_is_damaged_is_held) {
     const std::string longer = submit({"longer"});
     const std::string elsewhere = submit({"elsewhere"});
@@ -93,20 +79,6 @@ TEST_F(QueueConsumers, leaving_gives_everything_back) {
     EXPECT_EQ(MQCloseConsumer(consumer.release()), 1);
     EXPECT_THAT(listed(MQ_WAITING), ElementsAre("a 1 1", "b 1 1"));
     EXPECT_TRUE(std::filesystem::is_empty(path("queue/consumers")));
-}
-
-TEST_F(QueueConsumers, counts_by_channel_and_state) {
-    submit({"a", "b"}, "one");
-    submit({"c"}, "two");
-    submit({}, "two");
-    std::vector<std::string> counts;
-    const MQCountVisitor visit = [](void* context, const MQCount* count) {
-        static_cast<std::vector<std::string>*>(context)->push_back(
-            std::string(count->channel) + " " + std::to_string(count->state) + " " + std::to_string(count->recipients));
-    };
-    EXPECT_EQ(MQCountEntries(visit, &counts), 3);
-    EXPECT_THAT(counts, ElementsAre("one 1 2", "two 1 1", "two 4 1"));
-    EXPECT_THAT(listed(MQ_WAITING, "two"), ElementsAre("c 1 0"));
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Many processes at one queue, with several threads each.
+// Many processes at one queue, with several threads each: the suite's name has it run under the thread sanitizer.
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -51,7 +51,7 @@ TEST(QueueMember, DISABLED_of_the_crowd) {
     for (std::thread& thread : threads) thread.join();
 }
 
-class QueueCrowd : public QueuePlace {
+class QueueCrowdThreads : public QueuePlace {
   protected:
     // Starts a member, of another build too: VEL_CROWD_PROGRAMS names some, with blanks between them.
     static pid_t start(const std::string& program, int told) {
@@ -70,7 +70,7 @@ class QueueCrowd : public QueuePlace {
     }
 };
 
-TEST_F(QueueCrowd, takes_every_message_once) {
+TEST_F(QueueCrowdThreads, take_every_message_once) {
     ASSERT_EQ(MQInit(nullptr, "crowd"), 1);
     const int told = ::open(path("told").c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
     const char* const named = std::getenv("VEL_CROWD_PROGRAMS");

@@ -1,13 +1,11 @@
 #include "tests/platform/queue/faults.h"
 
 #include <dlfcn.h>
-#include <fcntl.h>
 #include <sys/types.h>
 #include <sys/vfs.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdarg>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
@@ -49,8 +47,6 @@ ssize_t faulty_write(const char* name, int fd, const void* bytes, std::size_t si
                                        : real<ssize_t>(name, fd, bytes, std::max<std::size_t>(size / 2, 1), place...);
 }
 
-mode_t mode_of(int flags, std::va_list arguments) { return flags & O_CREAT ? va_arg(arguments, mode_t) : 0; }
-
 }  // namespace
 
 void fail_call(int n, int error, bool and_all_later) {
@@ -73,8 +69,8 @@ void pretend_file_system(uint32_t type) { pretended_type = type; }
 
 // Each under the name that callers know it by.
 #pragma GCC visibility push(default)
-int open_narrow(const char* path, int flags, ...) __asm__("open");
-int open_wide(const char* path, int flags, ...) __asm__("open64");
+int open_narrow(const char* path, int flags, mode_t mode) __asm__("open");  // the mode is there or not
+int open_wide(const char* path, int flags, mode_t mode) __asm__("open64");
 ssize_t write_next(int fd, const void* bytes, std::size_t size) __asm__("write");
 ssize_t write_at(int fd, const void* bytes, std::size_t size, off64_t at) __asm__("pwrite64");
 int sync_file(int fd) __asm__("fsync");
@@ -94,22 +90,8 @@ constexpr const char* kLookAt = "lstat64";
 int ask_system(const char* path, struct statfs64* system) __asm__("statfs64");
 #pragma GCC visibility pop
 
-int open_narrow(const char* path, int flags, ...) {
-    std::va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = mode_of(flags, arguments);
-    va_end(arguments);
-    return faulty("open", path, flags, mode);
-}
-
-int open_wide(const char* path, int flags, ...) {
-    std::va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = mode_of(flags, arguments);
-    va_end(arguments);
-    return faulty("open64", path, flags, mode);
-}
-
+int open_narrow(const char* path, int flags, mode_t mode) { return faulty("open", path, flags, mode); }
+int open_wide(const char* path, int flags, mode_t mode) { return faulty("open64", path, flags, mode); }
 ssize_t write_next(int fd, const void* bytes, std::size_t size) { return faulty_write("write", fd, bytes, size); }
 
 ssize_t write_at(int fd, const void* bytes, std::size_t size, off64_t at) {

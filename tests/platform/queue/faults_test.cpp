@@ -193,11 +193,14 @@ TEST_F(QueueFaults, a_network_file_system_is_refused) {
     for (const uint32_t type : {0x6969u, 0xff534d42u, 0x65735546u}) {
         pretend_file_system(type);
         EXPECT_EQ(MQInit(nullptr, "faults"), 0) << type;
+        EXPECT_EQ(MQIsLocal(path("far").c_str()), 0) << type;
     }
+    EXPECT_EQ(MQIsLocal(path("none").c_str()), 0);
     EXPECT_TRUE(std::filesystem::is_empty(path("far")));
     EXPECT_THAT(content("log"), testing::HasSubstr("is not on a local file system"));
     pretend_file_system(0xef53);
     EXPECT_EQ(MQInit(nullptr, "faults"), 1);
+    EXPECT_EQ(MQIsLocal(path("far").c_str()), 1);
     pretend_file_system(0);
 }
 
