@@ -97,9 +97,9 @@ TEST_F(QueueNoticeTest, TellsTheSenderWhatHeWantsToHear) {
         {{"--orcpt", "a@b.c"}, {}, "exit 68", {"ann@x.y failed 5.1.2"}},
         {{"--ret", "hdrs"}, {}, "echo 450 4.2.0 busy >&2; exit 75", {"ann@x.y failed 4.4.7"}},
         {{"--ret", "hdrs"}, {}, "echo 550 5.7.1 no >&2; exit 67", {"ann@x.y failed 5.7.1"}},
-        {{"--ret", "hdrs"}, {}, "echo 450 4.2.0 no >&2; exit 67", {"ann@x.y failed 5.1.1"}},
-        {{"--ret", "hdrs"}, {}, "echo 550 no 5.7.1 >&2; exit 67", {"ann@x.y failed 5.1.1"}},
-        {{"--ret", "hdrs"}, {}, "echo dtool 550 5.7.1 >&2; exit 67", {"ann@x.y failed 5.1.1"}},
+        {{"--ret", "hdrs"}, {}, "echo 550 4.2.0 no >&2; exit 67", {"ann@x.y failed 5.1.1"}},
+        {{"--ret", "hdrs"}, {}, "echo 450 5.7.1 no >&2; exit 67", {"ann@x.y failed 5.1.1"}},
+        {{"--ret", "hdrs"}, {}, "echo abc 5.7.1 550 >&2; exit 67", {"ann@x.y failed 5.1.1"}},
     };
     configure("RetryAfter=1h\nLifetime=30m\n");
     for (const Row& row : rows) {
