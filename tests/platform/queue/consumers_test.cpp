@@ -47,6 +47,18 @@ TEST_F(QueueConsumers, each_recipient_goes_its_own_way_and_the_last_ends_the_ent
     EXPECT_THAT(lines[4], testing::EndsWith("recipient=\"b\" size=7 who=\"runner\" reason=\"busy\""));
 }
 
+TEST_F(QueueConsumers, one_that_is_there_takes_over_from_one_that_dies) {
+    submit();
+    const OwnedConsumer consumer(MQOpenConsumer("next"));
+    in_dying_child([] {
+        MQEntry* entry = nullptr;
+        MQClaim(MQOpenConsumer("victim"), nullptr, 0, 3600, &entry);
+    });
+    const OwnedEntry again = claim(consumer);
+    ASSERT_TRUE(again);
+    EXPECT_EQ(again->recipients[0].attempts, 2);
+}
+
 TEST_F(QueueConsumers, a_message_that_is_damaged_is_held) {
     const std::string longer = submit({"longer"});
     const std::string elsewhere = submit({"elsewhere"});
