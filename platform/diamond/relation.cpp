@@ -31,7 +31,14 @@ constexpr const char* kPageSize = "PRAGMA page_size = 8192";
 constexpr const char* kTable = "CREATE TABLE records (id INTEGER PRIMARY KEY AUTOINCREMENT, record BLOB NOT NULL)";
 constexpr const char* kStrangers =
     "SELECT 1 FROM records WHERE typeof(record) <> 'blob' OR length(record) <> ? LIMIT 1";
-constexpr const char* kSchema = "SELECT group_concat(sql, ';') FROM sqlite_schema WHERE name <> 'sqlite_sequence'";
+constexpr const char* kSchema = "SELECT group_concat(sql, ';') FROM sqlite_schema";
+const std::string kOurSchema = std::string(kTable) + ";CREATE TABLE sqlite_sequence(name,seq)";
+
+// Of a page that it could not read, for a failing disk or a lack of memory, quick_check tells as of a damaged one.
+bool tells_of_failure(const std::string& verdict) {
+    const auto tells = [&](const char* text) { return verdict.find(text) != std::string::npos; };
+    return tells("failed to get page") || (tells("unable to get the page") && !tells("error code=11"));
+}
 
 }  // namespace
 
@@ -80,7 +87,7 @@ int Relation::look_inside() {
     try {
         database_ = std::make_unique<Database>(files_.records(), kName);
         database_->execute(kSettings);
-        if (database_->text(kSchema) != kTable) throw DamagedError(files_.records() + " holds other tables");
+        if (database_->text(kSchema) != kOurSchema) throw DamagedError(files_.records() + " holds other tables");
         if (!is_whole()) throw DamagedError(files_.records() + " is damaged");
         return DIA_OK;
     } catch (const DamagedError& error) {
@@ -94,7 +101,10 @@ int Relation::look_inside() {
 bool Relation::is_whole() {
     const auto stamp = files_.stamp().records;
     if (stamp && was_whole(files_.records(), *stamp)) return true;
-    if (!stamp || database_->text("PRAGMA quick_check(1)") != "ok") return false;
+    if (!stamp) return false;
+    const std::string verdict = database_->text("PRAGMA quick_check(1)");
+    if (tells_of_failure(verdict)) throw Failure("cannot read all of " + files_.records());
+    if (verdict != "ok") return false;
     if (stamp->size < database_->number("PRAGMA page_count") * database_->number("PRAGMA page_size")) return false;
     if ((database_->query(kStrangers) << static_cast<int64_t>(record_.size())).next()) return false;
     remember_whole(files_.records(), *stamp);
@@ -114,7 +124,8 @@ int Relation::close() {
     const bool makes_room = is_locked() && (status_ == DIA_MISSING || status_ == DIA_LAYOUT);
     let_go();
     status_ = DIA_CLOSED;
-    if (makes_room) files_.set_aside();
+    const int number = makes_room ? files_.set_aside() : 0;
+    if (number > 0) report("close", files_.records() + " was set aside as number " + std::to_string(number));
     return DIA_OK;
 }
 
@@ -127,6 +138,7 @@ int Relation::lock() {
         return status_ = DIA_MISSING;
     }
     const bool is_known = process_ == this_process() && before != DIA_FAILED && before != DIA_CLOSED;
+    lock_.reset();  // an inherited one: should the parent have died with it, it would keep us out
     auto lock = std::make_unique<RelationLock>(files_.lock());
     status_ = is_known && files_.stamp() == stamp_ ? before : look();
     lock_ = std::move(lock);
@@ -138,7 +150,7 @@ int Relation::unlock() {
     const auto lock = std::move(lock_);
     walk_.reset();
     changes_.reset();
-    if (database_) stamp_ = files_.stamp();
+    if (database_) stamp_ = database_->has_moved() ? RelationFiles::Stamp() : files_.stamp();
     return DIA_OK;
 }
 
@@ -246,6 +258,7 @@ int Relation::keep() {
 }
 
 int Relation::drop() {
+    if (!is_locked()) return DIA_NOT_LOCKED;
     walk_.reset();
     changes_.reset();
     at_record_ = false;

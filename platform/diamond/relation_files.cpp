@@ -131,11 +131,12 @@ RelationFiles::Stamp RelationFiles::stamp() const {
     return {stamp_of(records().c_str()), stamp_of(identity().c_str())};
 }
 
-void RelationFiles::set_aside() const {
+int RelationFiles::set_aside() const {
     int number = 1;
     while (number <= kMostSetAside && !is_free(number)) ++number;
     if (number > 1 && is_kept(number - 1)) --number;
     if (number > kMostSetAside) throw Failure("too much was set aside: " + records() + ".*");
+    const bool has_any = is_there(records());
     for (const Part& part : kParts) {
         const std::string path = name_of(stem_, part, kInUse);
         const std::string aside = name_of(stem_, part, number);
@@ -144,6 +145,7 @@ void RelationFiles::set_aside() const {
         }
     }
     sync_directory();
+    return has_any ? number : 0;
 }
 
 bool RelationFiles::is_free(int number) const {

@@ -41,9 +41,10 @@ class RelationFiles {
     Stamp stamp() const;
 
     // Renames what is there, under one and the same number: a new one, or the last one where the same was set aside
-    // under it, as a source of damaged files does again and again. What SQLite needs to undo a change that was cut short
-    // goes along, or it would be taken for that of the next file.
-    void set_aside() const;
+    // under it, as a source of damaged files does again and again. What SQLite needs to undo a change that was cut
+    // short goes along, or it would be taken for that of the next file. Returns the number; 0 when there was no file
+    // of records.
+    int set_aside() const;
 
   private:
     bool is_free(int number) const;

@@ -14,19 +14,22 @@ TEST_F(Magic, puts_the_seeds_in_the_place_of_a_damaged_table) {
     DelMagicRecord("asc");
     start();
     EXPECT_EQ(all(), "txt tx txt ");
-    const std::string changed = content(queue_ / "magicdb.db");
     file("queue/magicdb.db", "no table");
     EXPECT_EQ(libmagic_init(), 0);
     EXPECT_EQ(all(), "txt Asc tx txt ");
     EXPECT_EQ(content(queue_ / "magicdb.db.1"), "no table");
-    EXPECT_THAT(take_log(),
-                ElementsAre(LogLine{1, "Diamond", "open: " + (queue_ / "magicdb.db is no relation.").string()},
-                            LogLine{6, "Libmagic", "magic db opened"}));
+    EXPECT_THAT(
+        take_log(),
+        ElementsAre(LogLine{1, "Diamond", "open: " + (queue_ / "magicdb.db is no relation.").string()},
+                    LogLine{1, "Diamond", "close: " + (queue_ / "magicdb.db was set aside as number 1.").string()},
+                    LogLine{6, "Libmagic", "magic db opened"}));
     DelMagicRecord("asc");
+    const std::string changed = content(queue_ / "magicdb.db");
     std::filesystem::remove(queue_ / "magicdb.id0");
-    start();
+    EXPECT_EQ(libmagic_init(), 0);
+    EXPECT_THAT(take_log(1), ElementsAre(HasSubstr("magicdb.db was set aside as number 2")));
     EXPECT_EQ(all(), "txt Asc tx txt ");
-    EXPECT_EQ(content(queue_ / "magicdb.db.2").size(), changed.size());
+    EXPECT_EQ(content(queue_ / "magicdb.db.2"), changed);
 }
 
 TEST_F(Magic, keeps_what_is_there_without_seeds_that_can_be_used) {

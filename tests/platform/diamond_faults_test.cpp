@@ -155,6 +155,27 @@ TEST_F(Diamond, keeps_nothing_of_a_group_that_the_disk_has_no_room_for) {
     EXPECT_EQ(table.add(), DIA_OK);
 }
 
+// A table that only cannot be read now is not damaged: it would be set aside.
+TEST_F(Diamond, is_not_taken_for_damaged_where_memory_ends) {
+    {
+        magicdb table(base_);
+        EXPECT_EQ(table.lock() + table.create() + table.hold(), DIA_OK);
+        for (int i = 0; i < 500; ++i) table.add();
+        EXPECT_EQ(table.keep(), DIA_OK);
+    }
+    int status = DIA_FAILED;
+    sqlite3_int64 room = 1;
+    for (; status == DIA_FAILED; room += 1000) {
+        sqlite3_hard_heap_limit64(sqlite3_memory_used() + room);
+        magicdb table(base_);
+        table.lock();
+        status = table.status();
+        sqlite3_hard_heap_limit64(0);
+    }
+    EXPECT_EQ(status, DIA_OK) << room;
+    EXPECT_GT(room, 20'000);
+}
+
 // Wherever memory ends, for us or for SQLite: what succeeded in a group of changes that is kept stays, and nothing else.
 TEST_F(Diamond, survives_a_lack_of_memory) {
     made({});

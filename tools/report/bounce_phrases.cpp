@@ -16,6 +16,7 @@ constexpr std::array kPhrases{
     BouncePhrase{"able to deliver your message", kFailed},  // "wasn't", "not"
     BouncePhrase{"address(es) failed", kFailed},
     BouncePhrase{"addresses failed", kFailed},
+    BouncePhrase{"be successfully delivered to", kFailed},  // "cannot"
     BouncePhrase{"being returned to sender for the following reasons", kFailed, true},
     BouncePhrase{"bounced to postmaster for the following reason(s)", kFailed, true},
     BouncePhrase{"can't be delivered", kFailed},
@@ -45,7 +46,9 @@ constexpr std::array kPhrases{
     BouncePhrase{"invalid recipient:", kFailed},
     BouncePhrase{"no delivery notification was sent", kRelayed},
     BouncePhrase{"not been delivered to", kFailed},
+    BouncePhrase{"not been successfully delivered to", kFailed},
     BouncePhrase{"not delivered to", kFailed},
+    BouncePhrase{"not successfully delivered to", kFailed},
     BouncePhrase{"not yet been delivered", kDelayed},
     BouncePhrase{"permanent fatal errors", kFailed},
     BouncePhrase{"recipient(s) failed", kFailed},

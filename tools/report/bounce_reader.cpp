@@ -34,6 +34,14 @@ std::string_view host_told_in(std::string_view reason) {
     return begins(rest, behind[0]) || begins(rest, behind[1]) ? host : std::string_view();
 }
 
+// A reason that speaks against the phrase above, which was of others.
+bool is_refusal(const ReportedRecipient& recipient) {
+    const std::string_view code = enhanced_code_in(recipient.reason), reply = reply_code_in(recipient.reason);
+    const char of_class = !code.empty() ? code.front() : !reply.empty() ? reply.front() : '\0';
+    const Fate fate = fate_of(recipient.action, {}, {});
+    return (fate == Fate::delivered || fate == Fate::relayed) && (of_class == '4' || of_class == '5');
+}
+
 }  // namespace
 
 bool BounceReader::take(std::string_view line) {
@@ -200,6 +208,7 @@ void BounceReader::finish() {
     for (ReportedRecipient& recipient : recipients().kept()) {
         if (recipient.reason.empty()) recipient.reason = otherwise;
         recipient.status = enhanced_code_in(recipient.reason);
+        if (is_refusal(recipient)) recipient.action = "failed";
         recipient.fate = fate_of(recipient.action, recipient.status, recipient.reason);
     }
 }

@@ -16,6 +16,8 @@
 namespace vel::command {
 namespace {
 
+constexpr int kMostTexts = 16;  // beside the fields: each is held against all recipients
+
 class Reading {
   public:
     Reading(const ParsedMessage& message, Session& session) : message_(message), session_(session) {}
@@ -67,10 +69,14 @@ class Reading {
 
     // Those that the fields leave out, from the texts beside them.
     void add_reasons(const Enclosure& enclosure) {
+        int texts = 0;
         for (const int index : enclosure.parts) {
-            if (!lacks_reasons(report_.recipients)) return;
+            if (texts == kMostTexts || !lacks_reasons(report_.recipients)) return;
             if (index == report_.part) continue;
-            if (std::optional<ReportText> text = read_part(index)) take_reasons(report_.recipients, text->told);
+            std::optional<ReportText> text = read_part(index);
+            if (!text) continue;
+            ++texts;
+            take_reasons(report_.recipients, text->told);
         }
     }
 

@@ -25,8 +25,8 @@ struct DeliveryReport {
 };
 
 // Finds the report in a message: in the message itself, else in one that it encloses, the outer one first. Fields
-// for programs go before texts, which then tell the reasons that the fields leave out; a text by itself counts where the
-// message looks as if a mailer has written it. Throws Failure when there is no report, or none on a recipient.
+// for programs go before texts, which then tell the reasons that the fields leave out; a text by itself counts where
+// the message looks as if a mailer has written it. Throws Failure when there is no report, or none on a recipient.
 DeliveryReport read_delivery_report(const ParsedMessage& message, Session& session);
 
 // Labelled lines about the message, and a table of recipients.

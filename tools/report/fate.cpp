@@ -14,8 +14,8 @@ struct Action {
 };
 
 constexpr std::array kActions{
-    Action{"deliver", Fate::delivered}, Action{"relay", Fate::relayed},          Action{"expand", Fate::expanded},
-    Action{"delay", Fate::delayed},     Action{"fail", Fate::permanent_failure},
+    Action{"delivered", Fate::delivered}, Action{"relay", Fate::relayed},          Action{"expand", Fate::expanded},
+    Action{"delay", Fate::delayed},       Action{"fail", Fate::permanent_failure},
 };
 
 Fate by_action(std::string_view action) {

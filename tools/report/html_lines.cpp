@@ -51,7 +51,7 @@ void HtmlLines::more(std::string_view html, std::string& text) {
 }
 
 void HtmlLines::finish(std::string& text) {
-    if (phase_ == Phase::entity) end_entity(text);
+    if (phase_ == Phase::entity) end_entity(false, text);
     break_line(1, text);
 }
 
@@ -68,16 +68,18 @@ void HtmlLines::take(char c, std::string& text) {
             }
             break;
         case Phase::entity:
-            if (c != ';' && word_.size() < kLongestWord && kBlanks.find(c) == kBlanks.npos && c != '<') {
-                word_ += lower(c);
+            if (c != ';' && word_.size() < kLongestWord && kBlanks.find(c) == kBlanks.npos && c != '<' && c != '&') {
+                word_ += c;
                 break;
             }
-            end_entity(text);
+            end_entity(c == ';', text);
             if (c != ';') take(c, text);
             break;
         case Phase::tag:
             if (quote_ == '\0' && c == '>') {
                 end_tag(text);
+            } else if (c == '<' && !hidden_.empty()) {
+                word_.clear();  // only its end tag counts in what is left out
             } else if (c == '"' || c == '\'') {
                 quote_ = quote_ == c || !hidden_.empty() ? '\0' : quote_ == '\0' ? c : quote_;
             } else if (word_.size() < kLongestWord && !word_.ends_with(' ')) {
@@ -116,11 +118,12 @@ void HtmlLines::end_tag(std::string& text) {
     }
 }
 
-void HtmlLines::end_entity(std::string& text) {
+void HtmlLines::end_entity(bool has_semicolon, std::string& text) {
     phase_ = Phase::text;
-    const auto* known = std::find_if(kEntities.begin(), kEntities.end(), [&](auto& row) { return row.name == word_; });
+    const std::string name = lower(word_);
+    const auto* known = std::find_if(kEntities.begin(), kEntities.end(), [&](auto& row) { return row.name == name; });
     constexpr uint32_t no_break_space = 0xA0;
-    const uint32_t code = numbered_character(word_);
+    const uint32_t code = numbered_character(name);
     std::string piece;
     if (code == no_break_space) {
         piece = ' ';
@@ -129,7 +132,7 @@ void HtmlLines::end_entity(std::string& text) {
     } else if (code != 0) {
         append_utf8(piece, static_cast<char32_t>(code));
     } else {
-        piece.append("&").append(word_);
+        piece.append("&").append(word_).append(has_semicolon ? ";" : "");
     }
     put(piece, text);
 }

@@ -21,7 +21,7 @@ class HtmlLines {
     void take(char c, std::string& text);
     void take_in_comment(char c);
     void end_tag(std::string& text);
-    void end_entity(std::string& text);
+    void end_entity(bool has_semicolon, std::string& text);
     void put(std::string_view piece, std::string& text);
     void break_line(std::size_t ends, std::string& text);
 

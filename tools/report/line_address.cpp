@@ -45,6 +45,7 @@ std::optional<LineAddress> in_brackets(std::string_view text) {
     const std::size_t end = std::min(text.size(), text.find_first_of("> \t"));
     const std::string_view address = text.substr(0, end);
     if (end == text.size() || text[end] != '>' || address.empty()) return std::nullopt;
+    if (address.starts_with('/') && address.find('=') == address.npos) return std::nullopt;  // a tag, no X.400 address
     if (address.find('@') != address.npos && !has_local_part_and_domain(address)) return std::nullopt;
     std::string_view rest = text.substr(end + 1);
     skip(rest, kBehindAddress);

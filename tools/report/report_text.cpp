@@ -50,14 +50,18 @@ bool lacks_reasons(const ReportedRecipients& recipients) {
                        [](const ReportedRecipient& recipient) { return recipient.reason.empty(); });
 }
 
+// Who names nobody tells of those that have not got the message.
+bool has_arrived(Fate fate) { return fate == Fate::delivered || fate == Fate::relayed || fate == Fate::expanded; }
+
 void take_reasons(ReportedRecipients& recipients, BounceReader& told) {
     for (ReportedRecipient& recipient : recipients.kept()) {
         if (!recipient.reason.empty()) continue;
         auto place = told.named().known(recipient.address);
-        if (!place) place = told.named().known("");
+        if (!place && !has_arrived(recipient.fate)) place = told.named().known("");
         if (!place) continue;
         const ReportedRecipient& named = told.named()[*place];
         recipient.reason = named.reason;
+        recipient.fate = fate_of(recipient.action, recipient.status, recipient.reason);
         if (recipient.remote_mta.empty()) recipient.remote_mta = named.remote_mta;
     }
 }

@@ -35,6 +35,19 @@ Reply reply_in(std::string_view line) {
     return {code, text};
 }
 
+// What stands behind "ann@example.com..." where no code does; empty: nothing has become of the recipient yet.
+std::string_view action_told(std::string_view text) {
+    if (text.find("Deferred") != text.npos) return "delayed";
+    if (begins(text, "sent") || begins(text, "successfully delivered")) return "delivered";
+    if (begins(text, "relayed")) return "relayed";
+    return begins(text, "connecting") || begins(text, "queued") || begins(text, "recipient ok") ? "" : "failed";
+}
+
+std::string_view action_of(const Reply& reply, std::string_view told) {
+    if (reply.code.empty()) return action_told(told);
+    return reply.code.front() == '5' ? "failed" : reply.code.front() == '4' ? "delayed" : "";
+}
+
 }  // namespace
 
 bool Transcript::begin(std::string_view line) {
@@ -71,10 +84,11 @@ void Transcript::take_answer(std::string_view line, NamedRecipients& recipients)
     std::optional<std::size_t> place;
     std::string_view reason = line;
     if (const auto found = address_at(reply.text); found && found->rest.starts_with(kDots)) {
-        const bool is_final =
-            !reply.code.empty() ? reply.code.front() == '5' : found->rest.find("Deferred") == found->rest.npos;
-        place = recipients.place_of(found->address, is_final ? "failed" : "delayed");
-        if (reply.code.empty()) reason = trimmed(found->rest.substr(kDots.size()));
+        const std::string_view told = trimmed(found->rest.substr(kDots.size()));
+        const std::string_view action = action_of(reply, told);
+        if (action.empty()) return;
+        place = recipients.place_of(found->address, action);
+        if (reply.code.empty()) reason = told;
     } else if (refuses && !asked_.empty()) {
         place = recipients.known(asked_);
     }

@@ -15,6 +15,7 @@ void guard(std::string& argument) {
         if (c == '[' || c == kGuard) guarded += kGuard;
         guarded += c;
     }
+    if (argument.starts_with("--") && argument.ends_with('=')) guarded += kGuard;  // it would take the next argument
     argument = std::move(guarded);
 }
 

@@ -60,7 +60,7 @@ Exit run_log(Arguments arguments, Session& main) {
     if (const auto exit = line.read(std::move(arguments), main)) return *exit;
     if (file.empty()) file = last_log();
     if (::access(file.c_str(), R_OK) != 0) throw Failure::of_system_call(Exit::no_input, file);
-    if (std::filesystem::is_directory(file)) throw Failure(Exit::no_input, file + ": is a directory");
+    if (!std::filesystem::is_regular_file(file)) throw Failure(Exit::no_input, file + ": is no file");
     gateway_name();
     connect_to_queue(main);
     send_log(file, main);

@@ -8,8 +8,8 @@
    told in the log, at level 1, as "Diamond".
 
    The local library keeps the records in a SQLite table. It holds locks on the file NAME.lock beside it, never on
-   the others, and waits for them without end. The child of a fork may use the relations of its parent; it opens the
-   files anew. */
+   the others, and waits for them without end. The child of a fork may use the relations of its parent, which it opens
+   anew, when the parent was in no walk and no group of changes as it forked. */
 #ifndef VEL_PLATFORM_DIAMOND_H
 #define VEL_PLATFORM_DIAMOND_H
 
@@ -65,16 +65,17 @@ class diaRel {
 
     /* Closes the files and looks at them again. Returns status(). */
     VEL_API int open();
-    /* Closes the files; a lock stays. The next lock() or open() looks at them again. Where a locked relation was found
-       to be DIA_MISSING or DIA_LAYOUT, what is there is renamed, with a number behind (NAME.db.1, NAME.id0.1), so that
+    /* Closes the files; a lock stays, and open() looks at them again. Where a locked relation was found to be
+       DIA_MISSING or DIA_LAYOUT, what is there is renamed, with a number behind (NAME.db.1, NAME.id0.1), so that
        another relation can be put in its place and no record is lost; what was renamed so before, byte for byte, is
-       not kept twice. Returns 0; otherwise nothing may be put there. */
+       not kept twice. The log tells the number, at level 1. Returns 0; otherwise nothing may be put there. */
     VEL_API int close();
 
     /* Waits until no other object has the relation locked, in any thread or process, and locks it. What others have
        changed or replaced meanwhile is seen from here on. It succeeds where the relation is DIA_MISSING or
-       DIA_LAYOUT, too, so that one can be put in its place. A second object on the relation must not be locked by the same thread.
-       Locking again does nothing. Returns 0; DIA_MISSING when there is no such directory; DIA_FAILED. */
+       DIA_LAYOUT, too, so that one can be put in its place. A second object on the relation must not be
+       locked by the same thread. Locking again does nothing. Returns 0; DIA_MISSING when there is no such directory;
+       DIA_FAILED. */
     VEL_API int lock();
     /* Gives the lock up. Returns 0, or DIA_NOT_LOCKED. */
     VEL_API int unlock();
@@ -94,7 +95,8 @@ class diaRel {
 
     /* Adds the current bytes as a new, last record; removes the current record; replaces it by the current bytes.
        When they return 0 the change is on disk, and a crash before that leaves the old record or the new one.
-       del and put return DIA_NO_RECORD when nothing has been read or added, or it has been removed. */
+       del and put return DIA_NO_RECORD when nothing has been read or added, it has been removed, or others have changed
+       the relation since. */
     VEL_API int add();
     VEL_API int del();
     VEL_API int put();
