@@ -114,7 +114,7 @@ TEST_F(QueueRunTest, DefersWhatItCannotStart) {
     submit({"ann"});
     EXPECT_EQ(run({"queue", "run", "--channel", "smtp", "--once", "--", "no such"}).exit, 78);
     EXPECT_EQ(run({"queue", "run", "--channel", "smtp", "--once"}).exit, kUsage);
-    EXPECT_EQ(once("exit 0", {"--poll", "0s"}).exit, kUsage);
+    EXPECT_THAT(once("exit 0", {"--poll", "0s"}).err, HasSubstr("--poll: must not be 0"));
     configure("RetryAfter=5x\n");
     const Ended ended = once("exit 0");
     EXPECT_EQ(ended.exit, 78);

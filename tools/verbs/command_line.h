@@ -77,7 +77,7 @@ class CommandLine {
     // --channel NAME, which may be several. An empty one, as a variable that is not set makes it, must not mean all.
     template <class Value>
     Option add_channel(Value& channel, const char* what) {
-        return add_option("--channel", "NAME", channel, what).not_empty();
+        return add_option("--channel", "NAME", channel, what).channel();
     }
 
     // One that has been added.

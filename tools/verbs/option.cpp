@@ -65,7 +65,7 @@ Option& Option::between(int lowest, int highest) {
 }
 
 Option& Option::positive() {
-    option_->check(undescribed(CLI::PositiveNumber));
+    option_->check([](const std::string& number) { return number == "0" ? "must not be 0" : ""; });
     return *this;
 }
 
@@ -84,7 +84,7 @@ Option& Option::duration() {
     return *this;
 }
 
-Option& Option::not_empty() {
+Option& Option::channel() {
     option_->check([](const std::string& name) { return name.empty() ? "a channel has a name" : ""; });
     return *this;
 }

@@ -26,11 +26,11 @@ class Option {
     enum class LetterCase { counts, does_not_count };
     Option& one_of(std::vector<std::string> words, LetterCase letter_case = LetterCase::counts);
     Option& between(int lowest, int highest);
-    Option& positive();
+    Option& positive();  // not 0; beside one of the next three
     Option& number();    // not negative
     Option& size();      // in bytes, or with K, M, G for powers of 1024
     Option& duration();  // in seconds, from a number with s, m, h or d
-    Option& not_empty();
+    Option& channel();   // a name that is not empty
 
     bool is_given() const;
     std::string name() const;
